@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <csignal>
+#include <cstdlib>
+#include <memory>
+
+#include "platform/olm_emp.h"
+#include "simulator/base/Log.h"
+#include "simulator/framework/EngineProcess.h"
+
+namespace olm {
+
+int EmpMain(int /*argc*/, char** /*argv*/, CEmpAppBase* app) {
+  // Without it ecore, when the engine first asks for the focused window, loads modules that fill the log.
+  setenv("ECORE_NO_SYSTEM_MODULES", "1", 1);
+  // An application that is gone is seen at the write that fails.
+  std::signal(SIGPIPE, SIG_IGN);
+
+  sim::framework::EngineProcess process{std::unique_ptr<CEmpAppBase>(app)};
+  const sim::Status started = process.Start();
+  if (started) {
+    process.Run();
+  } else {
+    sim::Log(sim::LogLevel::kError, "framework", "cannot start: " + started.error().reason);
+  }
+  process.End();
+  return started ? 0 : 1;
+}
+
+}  // namespace olm

@@ -1,0 +1,119 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "simulator/lumaview/decode/JpegCoefficients.h"
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+
+#include "simulator/lumaview/decode/Decoder.h"
+
+namespace sim::lumaview {
+namespace {
+
+/// A mapping of whole pages, unmapped with the object.
+class Mapping {
+ public:
+  Mapping() = default;
+  ~Mapping() { Reset(); }
+  Mapping(const Mapping&) = delete;
+  Mapping& operator=(const Mapping&) = delete;
+
+  /// `file` -1: fresh zeroed memory. `offset` need not be a page's.
+  bool Map(int file, uint64_t offset, uint64_t bytes) {
+    Reset();
+    const auto page = static_cast<uint64_t>(sysconf(_SC_PAGESIZE));
+    const uint64_t inside = offset % page;
+    const int flags = file >= 0 ? MAP_SHARED : MAP_PRIVATE | MAP_ANONYMOUS;
+    void* start =
+        mmap(nullptr, bytes + inside, PROT_READ | PROT_WRITE, flags, file, static_cast<off_t>(offset - inside));
+    if (start == MAP_FAILED) {
+      return false;
+    }
+    m_start = static_cast<std::byte*>(start);
+    m_bytes = bytes + inside;
+    m_inside = inside;
+    return true;
+  }
+
+  std::byte* Get() const { return m_start + m_inside; }
+
+ private:
+  void Reset() {
+    if (m_start != nullptr) {
+      munmap(m_start, m_bytes);
+      m_start = nullptr;
+    }
+  }
+
+  std::byte* m_start = nullptr;
+  uint64_t m_bytes = 0;
+  uint64_t m_inside = 0;  ///< from the page's begin to the first wanted byte
+};
+
+}  // namespace
+
+struct JpegCoefficients::Array {
+  uint64_t RowBytes() const { return uint64_t{blocks} * sizeof(JBLOCK); }
+  uint64_t Bytes() const { return RowBytes() * rows; }
+  void ListRows() {
+    std::byte* row = mapping.Get();
+    for (JDIMENSION i = 0; i < rows; ++i, row += RowBytes()) {
+      pointers.push_back(reinterpret_cast<JBLOCKROW>(row));
+    }
+  }
+  JDIMENSION blocks = 0;  ///< in a row
+  JDIMENSION rows = 0;
+  uint64_t offset = 0;  ///< in the file
+  Mapping mapping;
+  std::vector<JBLOCKROW> pointers;  ///< to all rows
+};
+
+JpegCoefficients::JpegCoefficients() = default;
+JpegCoefficients::~JpegCoefficients() = default;
+
+jvirt_barray_ptr JpegCoefficients::Request(JDIMENSION blocks, JDIMENSION rows) {
+  auto array = std::make_unique<Array>();
+  array->blocks = blocks;
+  array->rows = rows;
+  m_arrays.push_back(std::move(array));
+  // For libjpeg the type is a name without a body: it only hands the pointer back.
+  return reinterpret_cast<jvirt_barray_ptr>(m_arrays.back().get());
+}
+
+Status JpegCoefficients::Realize(uint64_t budget_bytes) {
+  uint64_t bytes = 0;
+  for (const auto& array : m_arrays) {
+    array->offset = bytes;
+    bytes += array->Bytes();
+  }
+  if (bytes > budget_bytes) {
+    SIM_TRY(OpenFile(bytes));
+  }
+  for (const auto& array : m_arrays) {
+    if (!array->mapping.Map(m_file.Get(), array->offset, array->Bytes())) {
+      return Error{kOutOfMemory, "JPEG: no memory for the coefficients"};
+    }
+    array->ListRows();
+  }
+  return Ok();
+}
+
+/// The room is reserved at once: a page of a file on a full disk would end the process when it is touched.
+Status JpegCoefficients::OpenFile(uint64_t bytes) {
+  const char* folder = std::getenv("TMPDIR");
+  m_file.Reset(open(folder != nullptr && *folder != '\0' ? folder : "/var/tmp", O_TMPFILE | O_RDWR | O_CLOEXEC, 0600));
+  if (!m_file || posix_fallocate(m_file.Get(), 0, static_cast<off_t>(bytes)) != 0) {
+    return Error{kOutOfMemory, "JPEG: no room for " + std::to_string(bytes) + " bytes of coefficients in TMPDIR"};
+  }
+  return Ok();
+}
+
+JBLOCKARRAY JpegCoefficients::Access(jvirt_barray_ptr handle, JDIMENSION first, JDIMENSION count) {
+  Array& array = *reinterpret_cast<Array*>(handle);
+  return first <= array.rows && count <= array.rows - first ? array.pointers.data() + first : nullptr;
+}
+
+}  // namespace sim::lumaview

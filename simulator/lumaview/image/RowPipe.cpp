@@ -1,0 +1,88 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "simulator/lumaview/image/RowPipe.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace sim::lumaview {
+
+RowPipe::~RowPipe() {
+  Stop();
+}
+
+Status RowPipe::Begin(const FrameFormat& format) {
+  SIM_TRY(m_next.Begin(format));
+  const int64_t pixels = int64_t{format.size.width} * format.size.height;
+  if (pixels >= kWorthwhilePixels && std::thread::hardware_concurrency() > 1) {
+    StartThread(format);
+  }
+  return Ok();
+}
+
+void RowPipe::StartThread(const FrameFormat& format) {
+  m_row_bytes = static_cast<size_t>(format.size.width) * static_cast<size_t>(BytesPerPixel(format.layout));
+  m_batch_rows = static_cast<int>(std::max<size_t>(kBatchBytes / m_row_bytes, 1));
+  for (Batch& batch : m_batches) {
+    batch.bytes.resize(m_row_bytes * static_cast<size_t>(m_batch_rows));
+  }
+  m_empty.acquire();
+  m_thread = std::thread(&RowPipe::Run, this);
+}
+
+Status RowPipe::Row(int y, const uint8_t* row) {
+  if (!m_thread.joinable()) {
+    return m_next.Row(y, row);
+  }
+  Batch& batch = m_batches[m_filling];
+  if (batch.rows == 0) {
+    batch.first_row = y;
+  }
+  std::memcpy(&batch.bytes[static_cast<size_t>(batch.rows) * m_row_bytes], row, m_row_bytes);
+  if (++batch.rows == m_batch_rows) {
+    Publish();
+  }
+  return Ok();
+}
+
+/// The second thread gets the batch, and the next one is emptied.
+void RowPipe::Publish() {
+  m_full.release();
+  m_empty.acquire();
+  m_filling = (m_filling + 1) % kBatches;
+  m_batches[m_filling].rows = 0;
+}
+
+Status RowPipe::Finish() {
+  Stop();
+  return m_error ? Status(*m_error) : Ok();
+}
+
+void RowPipe::Stop() {
+  if (!m_thread.joinable()) {
+    return;
+  }
+  if (m_batches[m_filling].rows > 0) {
+    Publish();
+  }
+  m_full.release();
+  m_thread.join();
+}
+
+void RowPipe::Run() {
+  for (size_t at = 0;; at = (at + 1) % kBatches) {
+    m_full.acquire();
+    const Batch& batch = m_batches[at];
+    if (batch.rows == 0) {
+      return;
+    }
+    for (int i = 0; i < batch.rows && !m_error; ++i) {
+      if (const Status status = m_next.Row(batch.first_row + i, &batch.bytes[static_cast<size_t>(i) * m_row_bytes]);
+          !status) {
+        m_error = status.error();
+      }
+    }
+    m_empty.release();
+  }
+}
+
+}  // namespace sim::lumaview

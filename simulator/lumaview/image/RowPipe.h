@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef SIMULATOR_LUMAVIEW_IMAGE_ROWPIPE_H
+#define SIMULATOR_LUMAVIEW_IMAGE_ROWPIPE_H
+
+#include <array>
+#include <optional>
+#include <semaphore>
+#include <thread>
+#include <vector>
+
+#include "simulator/lumaview/decode/Decoder.h"
+
+namespace sim::lumaview {
+
+/// Hands a frame's rows over to `next` on a thread of its own, so that scaling runs beside decoding. Small frames, and
+/// all frames where there is one core, are passed on at once.
+class RowPipe : public RowSink {
+ public:
+  explicit RowPipe(RowSink& next) : m_next(next) {}
+  ~RowPipe() override;
+  RowPipe(const RowPipe&) = delete;
+  RowPipe& operator=(const RowPipe&) = delete;
+
+  Status Begin(const FrameFormat& format) override;
+  Status Row(int y, const uint8_t* row) override;
+
+  /// Waits until `next` has had all rows; its first error. To be called once, after the last row.
+  Status Finish();
+
+ private:
+  static constexpr int kBatches = 4;
+  static constexpr size_t kBatchBytes = 128 * 1024;  ///< stays in the cache from one core to the other
+  static constexpr int64_t kWorthwhilePixels = 500'000;
+
+  struct Batch {
+    std::vector<uint8_t> bytes;
+    int first_row = 0;
+    int rows = 0;  ///< 0: there are no more
+  };
+
+  void StartThread(const FrameFormat& format);
+  void Run();
+  void Publish();
+  void Stop();
+
+  RowSink& m_next;
+  size_t m_row_bytes = 0;
+  int m_batch_rows = 1;
+  std::array<Batch, kBatches> m_batches;
+  size_t m_filling = 0;  ///< of `m_batches`, by the decoding thread
+  std::counting_semaphore<kBatches> m_empty{kBatches};
+  std::counting_semaphore<kBatches> m_full{0};
+  std::optional<Error> m_error;  ///< of the second thread, until it is joined
+  std::thread m_thread;
+};
+
+}  // namespace sim::lumaview
+
+#endif

@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "simulator/lumaview/screen/Frame.h"
+
+#include <fcntl.h>
+#include <sys/mman.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <string>
+
+#include "simulator/lumaview/decode/Decoder.h"
+
+namespace sim::lumaview {
+namespace {
+
+Error OutOfMemory(size_t bytes, int error) {
+  return {kOutOfMemory, "no memory for a frame of " + std::to_string(bytes) + " bytes: " + std::strerror(error)};
+}
+
+}  // namespace
+
+Result<std::shared_ptr<SharedMemory>> SharedMemory::Create(size_t bytes) {
+  UniqueFd fd(memfd_create("lumaview-frame", MFD_CLOEXEC | MFD_ALLOW_SEALING));
+  if (!fd) {
+    return OutOfMemory(bytes, errno);
+  }
+  if (const int error = posix_fallocate(fd.Get(), 0, static_cast<off_t>(bytes)); error != 0) {
+    return OutOfMemory(bytes, error);
+  }
+  fcntl(fd.Get(), F_ADD_SEALS, F_SEAL_SHRINK | F_SEAL_GROW);
+  void* data = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_POPULATE, fd.Get(), 0);
+  if (data == MAP_FAILED) {
+    return OutOfMemory(bytes, errno);
+  }
+  return std::shared_ptr<SharedMemory>(new SharedMemory(std::move(fd), static_cast<uint8_t*>(data), bytes));
+}
+
+SharedMemory::~SharedMemory() {
+  munmap(m_data, m_size);
+}
+
+Result<std::shared_ptr<Frame>> Frame::Create(Size size) {
+  const size_t bytes = static_cast<size_t>(size.width) * static_cast<size_t>(size.height) * sizeof(uint32_t);
+  auto memory = SharedMemory::Create(bytes);
+  if (!memory) {
+    return memory.error();
+  }
+  return std::shared_ptr<Frame>(new Frame(size, std::move(*memory)));
+}
+
+Result<FramePtr> CreateBlackFrame(Size size) {
+  auto frame = Frame::Create(size);
+  if (!frame) {
+    return frame.error();
+  }
+  const ImageView pixels = (*frame)->GetPixels();
+  std::fill_n(pixels.pixels, static_cast<size_t>(size.width) * static_cast<size_t>(size.height), 0xFF000000u);
+  return FramePtr(std::move(*frame));
+}
+
+Result<FramePtr> CreateStretchedFrame(const Frame& source, Size size) {
+  auto frame = Frame::Create(size);
+  if (!frame) {
+    return frame.error();
+  }
+  const ConstImageView from = source.GetPixels();
+  const ImageView to = (*frame)->GetPixels();
+  std::vector<int> columns(static_cast<size_t>(size.width));
+  for (int x = 0; x < size.width; ++x) {
+    columns[static_cast<size_t>(x)] = static_cast<int>(static_cast<int64_t>(x) * from.width / size.width);
+  }
+  for (int y = 0; y < size.height; ++y) {
+    const uint32_t* row = from.Row(static_cast<int>(static_cast<int64_t>(y) * from.height / size.height));
+    std::transform(columns.begin(), columns.end(), to.Row(y), [row](int column) { return row[column]; });
+  }
+  return FramePtr(std::move(*frame));
+}
+
+std::shared_ptr<Frame> FramePool::Take(Size size) {
+  std::erase_if(m_frames, [size](const auto& frame) { return frame->GetSize() != size; });
+  for (const auto& frame : m_frames) {
+    if (frame.use_count() == 1) {
+      return frame;
+    }
+  }
+  if (m_frames.size() >= m_capacity) {
+    return nullptr;
+  }
+  auto made = Frame::Create(size);
+  if (!made) {
+    return nullptr;
+  }
+  return m_frames.emplace_back(std::move(*made));
+}
+
+}  // namespace sim::lumaview

@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "simulator/rpc/Client.h"
+
+#include <nlohmann/json.hpp>
+#include <utility>
+
+#include "simulator/rpc/JsonParse.h"
+
+namespace sim::rpc {
+namespace {
+
+using Json = nlohmann::json;
+
+CallError ReadError(const Json& error) {
+  CallError read{kInternalError, "the reply's error has not the form of one"};
+  if (error.is_object() && error.contains("code") && error["code"].is_number_integer() && error.contains("message") &&
+      error["message"].is_string()) {
+    read.code = error["code"].get<int>();
+    read.message = TextOf(error["message"]);
+    read.data.text = error.contains("data") ? Dump(error["data"]) : "";
+  }
+  return read;
+}
+
+Answer ReadAnswer(const Json& reply) {
+  if (reply.contains("result")) {
+    return JsonText{Dump(reply["result"])};
+  }
+  return ReadError(reply.value("error", Json()));
+}
+
+}  // namespace
+
+Client::Client(std::shared_ptr<Transport> transport, Callbacks callbacks)
+    : m_transport(std::move(transport)), m_callbacks(std::move(callbacks)) {
+  m_transport->Start({
+      .onMessage = [this](std::string_view message) { HandleMessage(message); },
+      .onOversized = [] {},  // whose reply it was cannot be said; that call ends when its caller's patience does
+      .onClosed = [this](const CloseReason& reason) { HandleClosed(reason); },
+  });
+}
+
+Client::~Client() {
+  m_transport->Close();
+}
+
+Client::CallId Client::Call(std::string_view method, const JsonText& params, OnAnswer onAnswer) {
+  const CallId id = ++m_lastId;
+  if (m_closed) {
+    onAnswer(CallError{kConnectionLost, "the connection is closed"});
+    return id;
+  }
+  m_open.emplace(id, std::move(onAnswer));
+  m_transport->Send(WriteRequest(method, params, Number(id)));
+  return id;
+}
+
+void Client::Abandon(CallId id, const CallError& error) {
+  Finish(id, error);
+}
+
+void Client::Notify(std::string_view method, const JsonText& params) {
+  m_transport->Send(WriteRequest(method, params));
+}
+
+/// What is neither a notification nor the reply to an open call is thrown away: a client answers nothing.
+void Client::HandleMessage(std::string_view message) {
+  const Json json = Parse(message);
+  if (!json.is_object()) {
+    return;
+  }
+  const Json method = json.value("method", Json());
+  const Json id = json.value("id", Json());
+  if (method.is_string() && !json.contains("id")) {
+    m_callbacks.onNotification(TextOf(method), {json.contains("params") ? Dump(json["params"]) : ""});
+  } else if (!method.is_string() && id.is_number_integer()) {
+    Finish(id.get<CallId>(), ReadAnswer(json));
+  }
+}
+
+void Client::HandleClosed(const CloseReason& reason) {
+  const CallError lost{kConnectionLost, "the connection was lost" + (reason.empty() ? "" : ": " + reason)};
+  m_closed = true;
+  while (!m_open.empty()) {
+    Finish(m_open.begin()->first, lost);
+  }
+  const auto onClosed = m_callbacks.onClosed;  // outlives a client that is released in there
+  onClosed(reason);
+}
+
+void Client::Finish(CallId id, const Answer& answer) {
+  if (const auto call = m_open.extract(id)) {
+    call.mapped()(answer);
+  }
+}
+
+}  // namespace sim::rpc

@@ -1,0 +1,118 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "simulator/rpc/MessageHandler.h"
+
+#include <nlohmann/json.hpp>
+#include <utility>
+
+#include "simulator/rpc/JsonParse.h"
+
+namespace sim::rpc {
+namespace {
+
+using Json = nlohmann::json;
+
+const Json* Member(const Json& request, const char* name) {
+  const auto found = request.find(name);
+  return found != request.end() ? &*found : nullptr;
+}
+
+bool IsId(const Json& id) {
+  return id.is_string() || id.is_number() || id.is_null();
+}
+
+/// The id to answer with; null where the request's own cannot be made out, and nothing for a notification.
+JsonText ReplyId(const Json& request, bool isValid) {
+  const Json* id = request.is_object() ? Member(request, "id") : nullptr;
+  if (id != nullptr && IsId(*id)) {
+    return {Dump(*id)};
+  }
+  return {isValid ? "" : "null"};
+}
+
+/// What is wrong with the request's form; null when it is right.
+const char* FindFault(const Json& request) {
+  if (!request.is_object()) {
+    return "a request has to be an object";
+  }
+  const Json* version = Member(request, "jsonrpc");
+  const Json* method = Member(request, "method");
+  const Json* params = Member(request, "params");
+  const Json* id = Member(request, "id");
+  if (version == nullptr || *version != "2.0") {
+    return "\"jsonrpc\" has to be \"2.0\"";
+  }
+  if (method == nullptr || !method->is_string()) {
+    return "\"method\" has to be a text";
+  }
+  if (params != nullptr && !params->is_structured()) {
+    return "\"params\" has to be an object or a list";
+  }
+  if (id != nullptr && !IsId(*id)) {
+    return "\"id\" has to be a text, a number or null";
+  }
+  return nullptr;
+}
+
+const char* FindBatchFault(const Json& batch) {
+  if (batch.empty()) {
+    return "a batch has to hold a request";
+  }
+  static const std::string tooMany = "a batch may hold " + std::to_string(kMaxBatch) + " requests";
+  return batch.size() > kMaxBatch ? tooMany.c_str() : nullptr;
+}
+
+void Refuse(ReplyCollector::Send send, int code, const char* reason) {
+  Reply(std::make_shared<ReplyCollector>(std::move(send), false), {"null"})(Failure(code, reason));
+}
+
+}  // namespace
+
+void MessageHandler::Handle(std::string_view message, ReplyCollector::Send send) const {
+  const Json json = Parse(message);
+  if (json.is_discarded()) {
+    return Refuse(std::move(send), kParseError, "the message is not JSON, or nested too deep");
+  }
+  if (!json.is_array()) {
+    return HandleOne(json, std::make_shared<ReplyCollector>(std::move(send), false));
+  }
+  if (const char* fault = FindBatchFault(json)) {
+    return Refuse(std::move(send), kInvalidRequest, fault);
+  }
+  const auto collector = std::make_shared<ReplyCollector>(std::move(send), true);
+  for (const Json& request : json) {
+    HandleOne(request, collector);
+  }
+}
+
+void MessageHandler::RefuseOversized(const ReplyCollector::Send& send) {
+  Refuse(send, kInvalidRequest, "the message is too long");
+}
+
+void MessageHandler::HandleOne(const Json& request, const std::shared_ptr<ReplyCollector>& collector) const {
+  const char* fault = FindFault(request);
+  Reply reply(collector, ReplyId(request, fault == nullptr));
+  if (fault != nullptr) {
+    return reply(Failure(kInvalidRequest, fault));
+  }
+  const std::string name = TextOf(*Member(request, "method"));
+  const MethodEntry* method = m_binder.Find(name);
+  if (method == nullptr) {
+    return reply(Failure(kMethodNotFound, "there is no method \"" + name + "\""));
+  }
+  method->run(Member(request, "params"), std::move(reply));
+}
+
+void Serve(const std::shared_ptr<Transport>& transport, const MessageHandler& handler,
+           std::function<void(const CloseReason&)> onClosed) {
+  // The callbacks belong to the transport, so they must not keep it; the replies do.
+  const auto sender = [weak = std::weak_ptr(transport)]() -> ReplyCollector::Send {
+    return [transport = weak.lock()](std::string_view message) { transport->Send(message); };
+  };
+  transport->Start({
+      .onMessage = [&handler, sender](std::string_view line) { handler.Handle(line, sender()); },
+      .onOversized = [sender] { MessageHandler::RefuseOversized(sender()); },
+      .onClosed = std::move(onClosed),
+  });
+}
+
+}  // namespace sim::rpc

@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "simulator/rpc/Reply.h"
+
+#include <cassert>
+#include <utility>
+
+namespace sim::rpc {
+namespace {
+
+JsonText WriteError(const CallError& error) {
+  ObjectWriter object;
+  object.Add("code", Number(error.code)).Add("message", Quote(error.message));
+  if (!error.data.text.empty()) {
+    object.Add("data", error.data);
+  }
+  return object.Take();
+}
+
+std::string WriteReply(const JsonText& id, const Answer& answer) {
+  ObjectWriter object;
+  object.Add("jsonrpc", Quote("2.0"));
+  if (const auto* result = std::get_if<JsonText>(&answer)) {
+    object.Add("result", *result);
+  } else {
+    object.Add("error", WriteError(std::get<CallError>(answer)));
+  }
+  return object.Add("id", id).Take().text;
+}
+
+}  // namespace
+
+ReplyCollector::~ReplyCollector() {
+  if (!m_replies.empty()) {
+    m_send(m_isBatch ? "[" + m_replies + "]" : m_replies);
+  }
+}
+
+void ReplyCollector::Add(std::string_view reply) {
+  if (!m_replies.empty()) {
+    m_replies += ',';
+  }
+  m_replies += reply;
+}
+
+Reply::Reply(std::shared_ptr<ReplyCollector> collector, JsonText id)
+    : m_collector(std::move(collector)), m_id(std::move(id)) {}
+
+Reply::~Reply() {
+  if (m_collector != nullptr) {
+    (*this)(Failure(kInternalError, "the request was given up without an answer"));
+  }
+}
+
+void Reply::operator()(const Answer& answer) {
+  assert(m_collector != nullptr);
+  const std::shared_ptr<ReplyCollector> collector = std::exchange(m_collector, nullptr);
+  if (!m_id.text.empty()) {
+    collector->Add(WriteReply(m_id, answer));
+  }
+}
+
+}  // namespace sim::rpc

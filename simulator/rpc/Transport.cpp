@@ -1,0 +1,154 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "simulator/rpc/Transport.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <utility>
+#include <vector>
+
+namespace sim::rpc {
+namespace {
+
+constexpr size_t kReadBytes = 64 << 10;
+
+}  // namespace
+
+struct Transport::Source {
+  GSource base;
+  Transport* transport;
+};
+
+std::shared_ptr<Transport> Transport::Create(GMainContext* context, UniqueFd in, UniqueFd out, TransportLimits limits) {
+  return std::shared_ptr<Transport>(new Transport(context, std::move(in), std::move(out), limits));
+}
+
+Result<std::shared_ptr<Transport>> Transport::Create(GMainContext* context, UniqueFd socket, TransportLimits limits) {
+  UniqueFd out(fcntl(socket.Get(), F_DUPFD_CLOEXEC, 0));
+  if (!out) {
+    return Error{errno, std::string("cannot duplicate the connection's descriptor: ") + std::strerror(errno)};
+  }
+  return Create(context, std::move(socket), std::move(out), limits);
+}
+
+Transport::Transport(GMainContext* context, UniqueFd in, UniqueFd out, TransportLimits limits)
+    : m_context(context),
+      m_limits(limits),
+      m_in(std::move(in)),
+      m_lines(limits.message),
+      m_output(std::move(out), limits.queue) {}
+
+void Transport::Start(Callbacks callbacks) {
+  static GSourceFuncs functions = {OnPrepare, OnCheck, OnDispatch, nullptr, nullptr, nullptr};
+  m_callbacks = std::move(callbacks);
+  m_source = g_source_new(&functions, sizeof(Source));
+  reinterpret_cast<Source*>(m_source)->transport = this;
+  g_source_set_name(m_source, "rpc transport");
+  g_source_attach(m_source, m_context);
+}
+
+bool Transport::Send(std::string_view message) {
+  const bool sent = m_output.Send(message);
+  if (!sent || m_output.Waiting() > 0) {
+    g_main_context_wakeup(m_context);  // the loop has to wait for the peer, or to see that he is gone
+  }
+  return sent;
+}
+
+void Transport::Close() {
+  if (m_source != nullptr) {
+    g_source_destroy(m_source);
+    g_source_unref(std::exchange(m_source, nullptr));
+  }
+  m_finished = true;
+}
+
+gboolean Transport::OnPrepare(GSource* source, gint* timeout) {
+  Transport& transport = *reinterpret_cast<Source*>(source)->transport;
+  *timeout = -1;
+  transport.UpdatePolling();
+  return transport.HasWork();
+}
+
+gboolean Transport::OnCheck(GSource* source) {
+  const Transport& transport = *reinterpret_cast<Source*>(source)->transport;
+  const bool peerReads =
+      transport.m_outTag != nullptr && g_source_query_unix_fd(source, transport.m_outTag) != GIOCondition{};
+  return transport.HasWork() || transport.InputIsReady() || peerReads;
+}
+
+gboolean Transport::OnDispatch(GSource* source, GSourceFunc, gpointer) {
+  reinterpret_cast<Source*>(source)->transport->Step();
+  return G_SOURCE_CONTINUE;
+}
+
+/// Polls for input unless the peer has too much to read already, and for room when something waits to be sent.
+void Transport::UpdatePolling() {
+  const size_t waiting = m_output.Waiting();
+  const auto poll = [this](gpointer& tag, bool wanted, int fd, GIOCondition condition) {
+    if (wanted && tag == nullptr) {
+      tag = g_source_add_unix_fd(m_source, fd, condition);
+    } else if (!wanted && tag != nullptr) {
+      g_source_remove_unix_fd(m_source, std::exchange(tag, nullptr));
+    }
+  };
+  poll(m_inTag, !m_atEnd && waiting <= m_limits.unread, m_in.Get(), G_IO_IN);
+  poll(m_outTag, waiting > 0 && !m_output.IsBroken(), m_output.Descriptor(), G_IO_OUT);
+}
+
+/// Whether `Step` has something to do without input.
+bool Transport::HasWork() const {
+  return !m_finished && (m_lines.HasNext() || m_atEnd || m_output.IsBroken());
+}
+
+bool Transport::InputIsReady() const {
+  return m_inTag != nullptr && g_source_query_unix_fd(m_source, m_inTag) != GIOCondition{};
+}
+
+/// One message at a time, so that other sources of the context get their turn.
+void Transport::Step() {
+  const std::shared_ptr<Transport> keep = shared_from_this();
+  if (!m_output.Flush()) {
+    m_atEnd = true;
+    return Finish("the peer does not read any more");
+  }
+  if (const std::optional<LineBuffer::Line> line = m_lines.Next()) {
+    return Deliver(*line);
+  }
+  if (m_atEnd) {
+    return Finish(m_endReason);
+  }
+  if (InputIsReady()) {
+    ReadSome();
+  }
+}
+
+void Transport::Deliver(const LineBuffer::Line& line) {
+  if (line.oversized) {
+    m_callbacks.onOversized();
+  } else {
+    m_callbacks.onMessage(line.text);
+  }
+}
+
+void Transport::ReadSome() {
+  std::vector<char> bytes(kReadBytes);
+  const ssize_t count = read(m_in.Get(), bytes.data(), bytes.size());
+  if (count > 0) {
+    m_lines.Append({bytes.data(), static_cast<size_t>(count)});
+  } else if (count == 0 || (errno != EINTR && errno != EAGAIN)) {
+    m_endReason = count == 0 ? "" : std::string("cannot read: ") + std::strerror(errno);
+    m_atEnd = true;
+    m_lines.End();
+  }
+}
+
+void Transport::Finish(const CloseReason& reason) {
+  if (!std::exchange(m_finished, true)) {
+    m_callbacks.onClosed(reason);
+  }
+}
+
+}  // namespace sim::rpc

@@ -1,0 +1,120 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "simulator/tvsim/control/ControlServer.h"
+
+#include <glib-unix.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+#include "simulator/tvsim/Console.h"
+#include "simulator/tvsim/control/Notifications.h"
+#include "simulator/tvsim/engine/LogTail.h"
+
+namespace sim::tvsim {
+namespace {
+
+constexpr int kBacklog = 16;
+constexpr size_t kLastLines = 8;
+/// More at once are no applications but a flood, and would take the descriptors that the session itself needs.
+constexpr size_t kMaxClients = 128;
+
+Result<UniqueFd> Listen(const std::string& path) {
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  if (path.size() >= sizeof address.sun_path) {
+    return Error{ENAMETOOLONG, path + " is too long for a socket"};
+  }
+  std::memcpy(address.sun_path, path.data(), path.size());
+  UniqueFd listener(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+  if (!listener || bind(listener.Get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
+      listen(listener.Get(), kBacklog) != 0) {
+    return Error{errno, "cannot listen at " + path + ": " + std::strerror(errno)};
+  }
+  return listener;
+}
+
+bool IsOwnUser(int socket) {
+  ucred peer{};
+  socklen_t size = sizeof peer;
+  return getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 && peer.uid == geteuid();
+}
+
+}  // namespace
+
+Result<std::unique_ptr<ControlServer>> ControlServer::Start(Television& television, const std::string& socket) {
+  Result<UniqueFd> listener = Listen(socket);
+  if (!listener) {
+    return listener.error();
+  }
+  return std::unique_ptr<ControlServer>(new ControlServer(television, std::move(*listener)));
+}
+
+ControlServer::ControlServer(Television& television, UniqueFd listener)
+    : m_television(television), m_listener(std::move(listener)) {
+  m_source = g_unix_fd_add(
+      m_listener.Get(), G_IO_IN,
+      [](gint, GIOCondition, gpointer self) -> gboolean {
+        static_cast<ControlServer*>(self)->Accept();
+        return G_SOURCE_CONTINUE;
+      },
+      this);
+  Television::Observer observer;
+  observer.on_event = [this](const SessionEvent& event) { Broadcast(kEventMethod, ParamsOf(event)); };
+  observer.on_engine_exit = [this](const ProcessEnd& end, bool restarted) { OnEngineExit(end, restarted); };
+  television.Observe(std::move(observer));
+  auto log = LogFollower::Create(television.GetEngine().LogFile(), false,
+                                 [this](const std::string& line) { OnLogLine(line); });
+  if (log) {
+    m_log = std::move(*log);
+  } else {
+    Complain(log.error().reason);
+  }
+}
+
+ControlServer::~ControlServer() {
+  g_source_remove(m_source);
+}
+
+void ControlServer::Accept() {
+  UniqueFd socket(accept4(m_listener.Get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
+  if (!socket || !IsOwnUser(socket.Get()) || m_clients.size() >= kMaxClients) {
+    return;
+  }
+  auto transport = rpc::Transport::Create(g_main_context_default(), std::move(socket));
+  if (!transport) {
+    return;
+  }
+  // The connection is known only once it is made, and is not closed before the loop runs again.
+  auto made = std::make_shared<const ControlConnection*>();
+  m_clients.push_back(std::make_shared<ControlConnection>(m_television, *transport, [this, made] { Forget(*made); }));
+  *made = m_clients.back().get();
+}
+
+void ControlServer::Forget(const ControlConnection* connection) {
+  std::erase_if(m_clients, [connection](const auto& one) { return one.get() == connection; });
+}
+
+void ControlServer::OnEngineExit(const ProcessEnd& end, bool restarted) {
+  Broadcast(kExitMethod, ParamsOf(end, restarted, LastLines(m_television.GetEngine().LogFile(), kLastLines)));
+}
+
+void ControlServer::OnLogLine(const std::string& line) {
+  const auto clients = m_clients;
+  for (const auto& client : clients) {
+    if (client->WantsLog()) {
+      client->Notify(kLogMethod, rpc::ObjectWriter().Add("line", rpc::Quote(line)).Take());
+    }
+  }
+}
+
+void ControlServer::Broadcast(const char* method, const rpc::JsonText& params) {
+  const auto clients = m_clients;  // a client that is dropped meanwhile leaves the list
+  for (const auto& client : clients) {
+    client->Notify(method, params);
+  }
+}
+
+}  // namespace sim::tvsim

@@ -1,0 +1,103 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef SIMULATOR_TVSIM_ENGINE_ENGINE_H
+#define SIMULATOR_TVSIM_ENGINE_ENGINE_H
+
+#include <glib.h>
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "simulator/base/Result.h"
+#include "simulator/rpc/Client.h"
+#include "simulator/tvsim/process/ChildProcess.h"
+
+namespace sim::tvsim {
+
+class Timer;
+
+/// The event numbers of the engine that a slide show waits for.
+inline constexpr int64_t kRenderError = 6;
+inline constexpr int64_t kRenderCompleted = 8;
+inline constexpr int64_t kDecodeCompleted = 10;
+
+/// One notification of the engine to its application.
+struct EngineEvent {
+  int64_t number = 0;
+  std::string name;  ///< "RENDER_COMPLETED" for example
+  std::string param1;
+  std::string param2;
+};
+
+/// Ours, in the range that JSON-RPC 2.0 leaves to servers: the engine did not answer in time.
+inline constexpr int kNoAnswerInTime = -32001;
+
+struct EngineOptions {
+  std::string program = "picture-player";
+  std::string log_file;                                          ///< of the engine process; made where it is missing
+  std::vector<std::pair<std::string, std::string>> environment;  ///< added to that of this process
+  std::chrono::milliseconds answer_limit{30000};  ///< for one command; the first decoding of a large picture fits in
+};
+
+/// The engine process, supervised: when it ends, or is ended because it does not answer, that is reported and it is
+/// started again, unless it ends at once every time.
+/// Loop thread only; the callbacks run there.
+class Engine {
+ public:
+  struct Callbacks {
+    std::function<void(const EngineEvent&)> on_event;
+    /// `restarted`: a new engine takes commands already; it has no application open.
+    std::function<void(const ProcessEnd&, bool restarted)> on_exit;
+  };
+
+  /// Runs on the default main context. Errors: there is no such program or it cannot be started.
+  static Result<std::unique_ptr<Engine>> Start(EngineOptions options, Callbacks callbacks);
+
+  /// Ends the engine: closes its channel, waits for its orderly end, kills it when that takes too long.
+  ~Engine();
+  Engine(const Engine&) = delete;
+  Engine& operator=(const Engine&) = delete;
+
+  /// `on_answer` is called exactly once, unless this engine goes before. When the engine ends or does not answer within
+  /// the limit, it is called with an error once the next engine is there.
+  void Call(std::string_view method, const rpc::JsonText& params, rpc::Client::OnAnswer on_answer);
+
+  /// False after the engine ended for good.
+  bool IsRunning() const { return m_process != nullptr; }
+  pid_t ProcessId() const { return m_process ? m_process->Id() : -1; }
+  int Restarts() const { return m_restarts; }
+  const std::string& LogFile() const { return m_options.log_file; }
+
+ private:
+  Engine(EngineOptions options, Callbacks callbacks);
+
+  Status Launch();
+  void OnNotification(const std::string& method, const rpc::JsonText& params);
+  void GiveUp();
+  void OnProcessEnd();
+  void OnChannelClosed();
+  void Finish();
+  bool EndsTooOften();
+
+  const EngineOptions m_options;
+  const Callbacks m_callbacks;
+  std::unique_ptr<ChildProcess> m_process;
+  std::unique_ptr<rpc::Client> m_client;
+  std::unique_ptr<rpc::Client> m_dead_client;  ///< of the engine before; its callbacks may still be on the stack
+  unsigned int m_end_source = 0;
+  bool m_process_ended = false;
+  bool m_channel_closed = false;
+  bool m_hung = false;                              ///< it was ended because it did not answer
+  std::unique_ptr<Timer> m_patience;                ///< runs between these two
+  std::vector<rpc::Client::OnAnswer> m_lost_calls;  ///< open when the channel was closed
+  int m_restarts = 0;
+  int m_short_lives = 0;  ///< lives in a row that ended within a second
+  std::chrono::steady_clock::time_point m_started_at;
+};
+
+}  // namespace sim::tvsim
+
+#endif

@@ -1,0 +1,238 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "simulator/tvsim/session/Television.h"
+
+#include <glib-unix.h>
+
+#include <cerrno>
+#include <csignal>
+#include <filesystem>
+
+#include "simulator/tvsim/Console.h"
+#include "simulator/tvsim/engine/LogTail.h"
+
+namespace sim::tvsim {
+namespace {
+
+constexpr Television::Patience kFirstWindow(
+    20000);  // a window manager comes up in a tenth of a second, under load later
+constexpr Television::Patience kCalmScreen(1000);
+constexpr size_t kLastLines = 8;
+
+}  // namespace
+
+Result<std::unique_ptr<Television>> Television::SwitchOn(TelevisionOptions options) {
+  std::unique_ptr<Television> television(new Television(std::move(options)));
+  television->WatchSignals();
+  SIM_TRY(television->StartDisplay());
+  SIM_TRY(television->StartEngine());
+  return television;
+}
+
+Television::~Television() {
+  m_engine.reset();
+  for (const unsigned int source : m_sources) {
+    g_source_remove(source);
+  }
+}
+
+void Television::WatchSignals() {
+  for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+    m_sources.push_back(g_unix_signal_add(
+        number,
+        [](gpointer self) -> gboolean {
+          static_cast<Television*>(self)->Interrupt("interrupted");
+          return G_SOURCE_CONTINUE;
+        },
+        this));
+  }
+}
+
+void Television::Interrupt(const std::string& reason) {
+  if (m_interruption.empty()) {
+    m_interruption = reason;
+  }
+}
+
+Status Television::StartDisplay() {
+  if (m_options.own_display) {
+    Result<PrivateDisplay> display =
+        PrivateDisplay::Start(*m_options.own_display, m_options.compositor, m_options.folder);
+    if (!display) {
+      return display.error();
+    }
+    m_display = std::make_unique<PrivateDisplay>(std::move(*display));
+    m_sources.push_back(g_unix_fd_add(
+        m_display->EndDescriptor(), G_IO_IN,
+        [](gint, GIOCondition, gpointer self) -> gboolean {
+          static_cast<Television*>(self)->Interrupt("the X server has ended");
+          return G_SOURCE_CONTINUE;
+        },
+        this));
+  }
+  auto screen = Screen::Connect();
+  if (!screen) {
+    return Error{screen.error().code, screen.error().reason + "; start one there, or use --headless"};
+  }
+  m_screen = std::move(*screen);
+  SIM_TRY(m_screen->EnsureRedirected());
+  if (!m_screen->AwaitWindowsAppear(kFirstWindow)) {
+    return Error{ETIMEDOUT,
+                 "a window made on \":0\" does not appear; the window manager there must map it without asking"};
+  }
+  return Ok();
+}
+
+Status Television::StartEngine() {
+  auto store = vconf::Store::Create(m_options.folder);
+  if (!store) {
+    return store.error();
+  }
+  m_store = std::move(*store);
+  EngineOptions options = m_options.engine;
+  options.environment.emplace_back("VCONF_SESSION", m_options.folder);
+  auto engine = Engine::Start(std::move(options),
+                              {[this](const EngineEvent& event) { OnEvent(event); },
+                               [this](const ProcessEnd& end, bool restarted) { OnEngineExit(end, restarted); }});
+  if (!engine) {
+    return engine.error();
+  }
+  m_engine = std::move(*engine);
+  return Ok();
+}
+
+void Television::OnEvent(const EngineEvent& event) {
+  m_events.push_back(event);
+  m_history.push_back({++m_last_sequence, g_get_real_time() / 1000, m_picture, event});
+  if (m_events.size() > kRememberedEvents) {
+    m_events.pop_front();
+  }
+  if (m_history.size() > kRememberedEvents) {
+    m_history.pop_front();
+  }
+  Tell(&Observer::on_event, m_history.back());
+}
+
+void Television::OnEngineExit(const ProcessEnd& end, bool restarted) {
+  Complain("the engine has ended: " + end.Text() + (restarted ? "; it is started again" : "; it is not started again"));
+  for (const std::string& line : LastLines(m_engine->LogFile(), kLastLines)) {
+    Complain("  " + line);
+  }
+  if (restarted && m_application) {
+    m_engine->Call("app.open", ParamsOf(*m_application), [](const rpc::Answer&) {});
+  }
+  Tell(&Observer::on_engine_exit, end, restarted);
+}
+
+bool Television::RunUntil(Patience patience, const std::function<bool()>& condition) {
+  bool over = false;
+  const guint timer = g_timeout_add(
+      static_cast<guint>(patience.count()),
+      [](gpointer flag) -> gboolean {
+        *static_cast<bool*>(flag) = true;
+        return G_SOURCE_CONTINUE;
+      },
+      &over);
+  bool holds = false;
+  while (!(holds = condition()) && !over && m_interruption.empty()) {
+    g_main_context_iteration(nullptr, TRUE);
+  }
+  g_source_remove(timer);
+  return holds;
+}
+
+rpc::Answer Television::Await(const std::function<void(rpc::Client::OnAnswer)>& send) {
+  auto answer = std::make_shared<std::optional<rpc::Answer>>();  // outlives this call when it is interrupted
+  send([answer](const rpc::Answer& given) { *answer = given; });
+  // The engine's own limit ends the call earlier.
+  RunUntil(m_options.engine.answer_limit * 2, [&] { return answer->has_value(); });
+  return answer->value_or(rpc::Failure(rpc::kConnectionLost, m_interruption));
+}
+
+void Television::SendCommand(const std::string& method, const std::string& command,
+                             const std::vector<std::string>& params, rpc::Client::OnAnswer on_answer) {
+  if (!params.empty() && (command == "InitPlayer" || command == "ChangePlayingURL" || command == "Play")) {
+    m_picture = params[0];
+  }
+  std::vector<std::string> words = {command};
+  words.insert(words.end(), params.begin(), params.end());
+  m_engine->Call(method, ParamsOf(command, params),
+                 [this, method, words = std::move(words), on_answer = std::move(on_answer)](const rpc::Answer& answer) {
+                   Tell(&Observer::on_command, method, words, answer);
+                   on_answer(answer);
+                 });
+}
+
+void Television::SendOpen(const Application& application, rpc::Client::OnAnswer on_answer) {
+  m_application = application;
+  m_engine->Call("app.open", ParamsOf(application), std::move(on_answer));
+}
+
+void Television::SendClose(rpc::Client::OnAnswer on_answer) {
+  m_application.reset();
+  m_engine->Call("app.close", {}, std::move(on_answer));
+}
+
+Status Television::OpenApplication(const Application& application) {
+  const auto send = [&](rpc::Client::OnAnswer on_answer) { SendOpen(application, std::move(on_answer)); };
+  const rpc::Answer answer = Await(send);
+  if (const auto* error = std::get_if<rpc::CallError>(&answer)) {
+    return Error{error->code, "the engine does not open the application: " + error->message};
+  }
+  return Ok();
+}
+
+Status Television::CloseApplication() {
+  const auto send = [&](rpc::Client::OnAnswer on_answer) { SendClose(std::move(on_answer)); };
+  const rpc::Answer answer = Await(send);
+  if (const auto* error = std::get_if<rpc::CallError>(&answer)) {
+    return Error{error->code, "the engine does not close the application: " + error->message};
+  }
+  return Ok();
+}
+
+rpc::Answer Television::Execute(const std::string& command, const std::vector<std::string>& params) {
+  return Await(
+      [&](rpc::Client::OnAnswer on_answer) { SendCommand("engine.execute", command, params, std::move(on_answer)); });
+}
+
+rpc::Answer Television::ExecuteWithParamList(const std::string& command, const std::vector<std::string>& params) {
+  return Await([&](rpc::Client::OnAnswer on_answer) {
+    SendCommand("engine.executeWithParamList", command, params, std::move(on_answer));
+  });
+}
+
+std::optional<EngineEvent> Television::TakeEvent(Patience patience) {
+  if (!RunUntil(patience, [this] { return !m_events.empty(); })) {
+    return std::nullopt;
+  }
+  EngineEvent event = m_events.front();
+  m_events.pop_front();
+  return event;
+}
+
+void Television::Pause(Patience time) {
+  RunUntil(time, [] { return false; });
+}
+
+Status Television::SetState(const std::string& state) {
+  if (!m_application) {
+    return Error{ENOENT, "no application is open whose state could change"};
+  }
+  const Status set = m_store->Set(StateKeyOf(*m_application), state);
+  if (set) {
+    Tell(&Observer::on_state, state);
+  }
+  return set;
+}
+
+Status Television::TakeScreenshot(const std::string& file) {
+  const Result<Picture> picture = m_screen->CaptureWhenCalm(kCalmScreen, [this](Patience time) { Pause(time); });
+  return picture ? WritePng(*picture, file) : Status(picture.error());
+}
+
+std::string Television::Describe() const {
+  return "screen " + std::to_string(m_screen->Width()) + "x" + std::to_string(m_screen->Height()) +
+         (m_display ? " of its own" : " on :0");
+}
+
+}  // namespace sim::tvsim

@@ -1,0 +1,100 @@
+// SPDX-License-Identifier: Apache-2.0
+/// picture-outcome FILE [WIDTH HEIGHT [OUTPUT]]: opens and draws one picture as the library does, and says on one line
+/// what came of it: "show TYPE WIDTH HEIGHT FRAMES LOOPS MILLISECONDS KIBIBYTES" or "refuse CODE MILLISECONDS KIBIBYTES
+/// REASON". KIBIBYTES is the growth of the process' peak. OUTPUT receives the window's pixels as a PPM.
+/// A program of its own, so that a test sees a crash, the time and the memory of each picture alone.
+#include <fcntl.h>
+#include <sys/resource.h>
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <vector>
+
+#include "simulator/base/UniqueFd.h"
+#include "simulator/lumaview/image/Render.h"
+
+#if defined(__SANITIZE_ADDRESS__)
+/// Its own view of thread-local storage fails in libraries that are loaded while the process runs, and the search for
+/// leaks at the end then faults.
+extern "C" const char* __asan_default_options() {
+  return "intercept_tls_get_addr=0";
+}
+#endif
+
+using namespace sim;
+using namespace sim::lumaview;
+
+namespace {
+
+long PeakKibibytes() {
+  rusage usage{};
+  getrusage(RUSAGE_SELF, &usage);
+  return usage.ru_maxrss;
+}
+
+void WritePpm(const char* path, ConstImageView image) {
+  std::FILE* file = std::fopen(path, "wb");
+  if (file == nullptr) {
+    return;
+  }
+  std::fprintf(file, "P6\n%d %d\n255\n", image.width, image.height);
+  std::vector<uint8_t> row(static_cast<size_t>(image.width) * 3);
+  for (int y = 0; y < image.height; ++y) {
+    for (int x = 0; x < image.width; ++x) {
+      const uint32_t pixel = image.Row(y)[x];
+      row[static_cast<size_t>(x) * 3] = static_cast<uint8_t>(pixel >> 16);
+      row[static_cast<size_t>(x) * 3 + 1] = static_cast<uint8_t>(pixel >> 8);
+      row[static_cast<size_t>(x) * 3 + 2] = static_cast<uint8_t>(pixel);
+    }
+    std::fwrite(row.data(), 1, row.size(), file);
+  }
+  std::fclose(file);
+}
+
+struct Outcome {
+  Error error{0, ""};
+  PictureInfo info;
+};
+
+Outcome Show(int fd, ImageView window) {
+  const std::atomic<bool> cancelled{false};
+  Source source(fd, GetLimits(), cancelled);
+  Result<std::unique_ptr<Decoder>> decoder = OpenPicture(source);
+  if (!decoder) {
+    return {decoder.error(), {}};
+  }
+  const Status rendered = RenderFrame(**decoder, View{}, window);
+  return {rendered ? Error{0, ""} : rendered.error(), (*decoder)->GetInfo()};
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc != 2 && argc != 4 && argc != 5) {
+    std::fprintf(stderr, "usage: picture-outcome FILE [WIDTH HEIGHT [OUTPUT]]\n");
+    return 2;
+  }
+  const UniqueFd file(open(argv[1], O_RDONLY | O_CLOEXEC));
+  const int width = argc > 2 ? std::atoi(argv[2]) : 1920;
+  const int height = argc > 2 ? std::atoi(argv[3]) : 1080;
+  std::vector<uint32_t> pixels(static_cast<size_t>(width) * static_cast<size_t>(height));
+  const ImageView window{pixels.data(), width, height, width};
+  const long peak_before = PeakKibibytes();
+  const auto begin = std::chrono::steady_clock::now();
+  const Outcome outcome = Show(file.Get(), window);
+  const auto spent = std::chrono::steady_clock::now() - begin;
+  const auto milliseconds = static_cast<long>(std::chrono::duration_cast<std::chrono::milliseconds>(spent).count());
+  const long kibibytes = PeakKibibytes() - peak_before;
+  if (outcome.error.code != 0) {
+    std::printf("refuse %d %ld %ld %s\n", outcome.error.code, milliseconds, kibibytes, outcome.error.reason.c_str());
+    return 0;
+  }
+  const Size upright = UprightSize(outcome.info);
+  std::printf("show %d %d %d %d %d %ld %ld\n", outcome.info.type, upright.width, upright.height, outcome.info.frames,
+              outcome.info.loops, milliseconds, kibibytes);
+  if (argc == 5) {
+    WritePpm(argv[4], AsConst(window));
+  }
+  return 0;
+}

@@ -1,0 +1,24 @@
+# SPDX-License-Identifier: Apache-2.0
+# Formats, scaling and colours.
+add_executable(picture-outcome picture-outcome.cpp)
+target_link_libraries(picture-outcome PRIVATE lumaview_image)
+
+add_executable(lumaview_render_test
+  TestPictures.cpp RenderGeometryTest.cpp RenderPsnrTest.cpp RenderScaleTest.cpp)
+target_link_libraries(lumaview_render_test PRIVATE lumaview_image GTest::gtest_main)
+gtest_discover_tests(lumaview_render_test)
+
+# Pictures to be shown: those in PICTURES_DIR when the tests run, else a small set made here.
+set(SMALL_PICTURES ${CMAKE_CURRENT_BINARY_DIR}/pictures)
+add_custom_command(OUTPUT ${SMALL_PICTURES}/MANIFEST.tsv
+  COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/make-pictures ${SMALL_PICTURES}
+  DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/make-pictures)
+add_custom_target(small_pictures DEPENDS ${SMALL_PICTURES}/MANIFEST.tsv)
+
+add_executable(lumaview_pictures_test FindsTest.cpp TestPictures.cpp PictureSet.cpp PicturesLookTest.cpp PicturesTest.cpp)
+add_dependencies(lumaview_pictures_test small_pictures picture-outcome)
+target_link_libraries(lumaview_pictures_test PRIVATE lumaview_image GTest::gtest_main)
+target_compile_definitions(lumaview_pictures_test PRIVATE
+  FINDS_FOLDER="${CMAKE_CURRENT_SOURCE_DIR}/finds"
+  SMALL_PICTURES_FOLDER="${SMALL_PICTURES}" PICTURE_OUTCOME="$<TARGET_FILE:picture-outcome>")
+gtest_discover_tests(lumaview_pictures_test PROPERTIES TIMEOUT 1800)
