@@ -18,7 +18,7 @@ struct State {
   std::atomic<bool> recording{true};
   std::atomic<size_t> violations{0};
   EventListener listener;       ///< set while nothing runs
-  EntryListener entryListener;  ///< likewise
+  EntryListener entryListener;  ///< set and read by the main track only: a worker may be running meanwhile
 };
 
 State& TheState() {
@@ -41,7 +41,7 @@ void Begin() {
 void Append(std::string entry) {
   State& state = TheState();
   if (!state.recording) return;
-  if (state.entryListener && t_track == Track::kMain) state.entryListener(entry);
+  if (t_track == Track::kMain && state.entryListener) state.entryListener(entry);
   const std::string strayPrefix = TakePendingPrefix();
   const std::lock_guard<std::mutex> lock(state.mutex);
   auto& track = state.tracks[static_cast<size_t>(t_track)];

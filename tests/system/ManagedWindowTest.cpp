@@ -14,9 +14,15 @@ class GivenSessionWithApplication : public GivenAdapter {
     application = screen.MakeNormalWindow({0, 0, screen.Screen().width_in_pixels, screen.Screen().height_in_pixels});
     ASSERT_TRUE(screen.Await([this] { return screen.IsOnScreen(application) && screen.Focused() == application; }));
   }
+  /// Returns when the window manager has forgotten both windows. The next test's connections get the same numbers
+  /// from the server, and so do its windows: a window manager that is behind would clear the state of the new ones.
   void TearDown() override {
+    const xcb_window_t frames[] = {screen.TopLevelOf(application), screen.TopLevelOf(Window())};
     screen.Destroy(application);
-    ASSERT_TRUE(screen.Await([this] { return !screen.Exists(application); }));
+    adapter.reset();
+    for (const xcb_window_t frame : frames) {
+      ASSERT_TRUE(screen.Await([this, frame] { return !screen.Exists(frame); }));
+    }
   }
 
   xcb_window_t application = XCB_NONE;

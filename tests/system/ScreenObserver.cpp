@@ -162,6 +162,9 @@ xcb_window_t ScreenObserver::MakeNormalWindow(const Place& place) {
                     static_cast<int16_t>(place.y), static_cast<uint16_t>(place.width),
                     static_cast<uint16_t>(place.height), 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT,
                     XCB_CW_BACK_PIXEL, &m_screen->white_pixel);
+  constexpr char kNameAndClass[] = "application\0Application";
+  xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, 8,
+                      sizeof kNameAndClass, kNameAndClass);
   xcb_map_window(m_connection, window);
   xcb_flush(m_connection);
   return window;

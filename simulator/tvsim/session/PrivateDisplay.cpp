@@ -18,13 +18,18 @@ namespace {
 constexpr std::chrono::milliseconds kPatience(20000);
 
 /// A television's window manager has no decorations, menus or keys of its own; only stacking, states and focus. Without
-/// keepBorder a line of a pixel would stay around each window and shift what stands in it.
+/// keepBorder a line of a pixel would stay around each window and shift what stands in it. The focus belongs to
+/// applications, which have a class; the player's window has none, and with the focus it would count as an old program's
+/// full screen, above everything.
 constexpr const char* kOpenboxConfiguration = R"(<?xml version="1.0" encoding="UTF-8"?>
 <openbox_config xmlns="http://openbox.org/3.4/rc">
   <theme><keepBorder>no</keepBorder></theme>
-  <focus><focusNew>yes</focusNew><followMouse>no</followMouse></focus>
+  <focus><focusNew>no</focusNew><followMouse>no</followMouse></focus>
   <desktops><number>1</number><popupTime>0</popupTime></desktops>
-  <applications><application class="*"><decor>no</decor></application></applications>
+  <applications>
+    <application class="*"><decor>no</decor></application>
+    <application class="?*"><focus>yes</focus></application>
+  </applications>
 </openbox_config>
 )";
 
