@@ -70,9 +70,10 @@ struct _lumaview_effect_s {
 
 // On the 32-bit television the flag is the picture record's fourth 32-bit field and the caller's slot the effect
 // record's third; the library was compiled with just these offsets.
-static_assert(offsetof(_lumaview_s, user_data) == 0);
-static_assert(offsetof(_lumaview_s, flag) == (sizeof(void*) == 4 ? 12 : 16));
-static_assert(offsetof(_lumaview_effect_s, user_data) == 8);
+static_assert(offsetof(_lumaview_s, user_data) == 0 && sizeof(_lumaview_s::user_data) == sizeof(void*));
+static_assert(offsetof(_lumaview_s, flag) == (sizeof(void*) == 4 ? 3 * 4 : 16) && sizeof(_lumaview_s::flag) == 4);
+static_assert(offsetof(_lumaview_effect_s, user_data) == 2 * 4 &&
+              sizeof(_lumaview_effect_s::user_data) == sizeof(void*));
 
 /// Twelve numbers, passed by value. 8 is the zoom ratio, 9 the rotation in degrees; the others are the library's.
 struct lumaview_display_param_s {
@@ -80,7 +81,7 @@ struct lumaview_display_param_s {
 };
 inline constexpr int kDisplayParamZoomRatio = 8;
 inline constexpr int kDisplayParamRotation = 9;
-static_assert(sizeof(lumaview_display_param_s) == 48);
+static_assert(sizeof(lumaview_display_param_s) == 48 && alignof(lumaview_display_param_s) == 4);
 
 /// Filled by `lumaview_get_thumbnail`. The pixels belong to the library and stay valid until the next such call.
 struct _lumaview_thumbnail_s {
@@ -91,6 +92,7 @@ struct _lumaview_thumbnail_s {
   const void* pixels;  ///< `height` rows
   char reserved[256 - 4 * sizeof(int32_t) - sizeof(void*)];
 };
+static_assert(offsetof(_lumaview_thumbnail_s, pixels) == 16);
 static_assert(sizeof(_lumaview_thumbnail_s) == 256);
 
 /// `record` is the picture or effect record that the callback was registered on. What it returns is not looked at.

@@ -34,6 +34,7 @@ int vconf_ignore_key_changed(const char* key, vconf_callback_fn callback);
 }
 
 #include <cstddef>
+static_assert(offsetof(keynode_t, keyname) == 0);
 static_assert(offsetof(keynode_t, type) == sizeof(void*));
 static_assert(offsetof(keynode_t, value) == (sizeof(void*) == 4 ? 8 : 16));
 static_assert(offsetof(keynode_t, next) == (sizeof(void*) == 4 ? 16 : 24));
