@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-/// pictures-floor FILE...: opens and draws each JPEG into a 1920 x 1080 window as the library does, beside the floor:
+/// decode_floor FILE...: opens and draws each JPEG into a 1920 x 1080 window as the library does, beside the floor:
 /// libjpeg-turbo alone, the same scale, no pixel looked at. Both by turns in one process, the medians of both; one line
 /// a file. What was read once comes from the system's cache for both.
 #include <fcntl.h>
@@ -11,9 +11,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <vector>
-// jpeglib.h needs stdio.h before it.
-#include <jpeglib.h>
 
+#include "bench/pictures/JpegFloor.h"
 #include "simulator/base/UniqueFd.h"
 #include "simulator/lumaview/image/Render.h"
 
@@ -49,37 +48,6 @@ double Median(std::vector<Spent> spent, double Spent::*which) {
   return spent[spent.size() / 2].*which;
 }
 
-void Floor(const char* path) {
-  std::FILE* file = std::fopen(path, "rb");
-  jpeg_decompress_struct cinfo{};
-  jpeg_error_mgr errors{};
-  cinfo.err = jpeg_std_error(&errors);
-  jpeg_create_decompress(&cinfo);
-  jpeg_stdio_src(&cinfo, file);
-  jpeg_read_header(&cinfo, TRUE);
-  cinfo.out_color_space = cinfo.jpeg_color_space == JCS_GRAYSCALE ? JCS_GRAYSCALE : JCS_EXT_BGRX;
-  const Rect placed =
-      PlaceInWindow({static_cast<int>(cinfo.image_width), static_cast<int>(cinfo.image_height)}, {}, kWindow);
-  cinfo.scale_denom = 8;
-  for (const unsigned int numerator : {1u, 2u, 4u, 8u}) {
-    cinfo.scale_num = numerator;
-    jpeg_calc_output_dimensions(&cinfo);
-    if (static_cast<int>(cinfo.output_width) >= placed.width &&
-        static_cast<int>(cinfo.output_height) >= placed.height) {
-      break;
-    }
-  }
-  jpeg_start_decompress(&cinfo);
-  std::vector<uint8_t> row(size_t{cinfo.output_width} * 4);
-  JSAMPROW rows[] = {row.data()};
-  while (cinfo.output_scanline < cinfo.output_height) {
-    jpeg_read_scanlines(&cinfo, rows, 1);
-  }
-  jpeg_finish_decompress(&cinfo);
-  jpeg_destroy_decompress(&cinfo);
-  std::fclose(file);
-}
-
 bool Ours(const char* path, ImageView window) {
   const UniqueFd file(open(path, O_RDONLY | O_CLOEXEC));
   const std::atomic<bool> cancelled{false};
@@ -95,7 +63,7 @@ void Compare(const char* path) {
   std::vector<Spent> ours;
   bool is_good = true;
   for (int round = 0; round < kRounds; ++round) {
-    floor.push_back(Measure([&] { Floor(path); }));
+    floor.push_back(Measure([&] { is_good = bench::DecodeJpegFloor(path, kWindow) && is_good; }));
     ours.push_back(Measure([&] { is_good = Ours(path, window) && is_good; }));
   }
   const double floor_ms = Median(floor, &Spent::wall_ms);
