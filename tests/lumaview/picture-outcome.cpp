@@ -1,18 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
 /// picture-outcome FILE [WIDTH HEIGHT [OUTPUT]]: opens and draws one picture as the library does, and says on one line
 /// what came of it: "show TYPE WIDTH HEIGHT FRAMES LOOPS MILLISECONDS KIBIBYTES" or "refuse CODE MILLISECONDS KIBIBYTES
-/// REASON". KIBIBYTES is the growth of the process' peak. OUTPUT receives the window's pixels as a PPM.
+/// REASON". KIBIBYTES is the growth of the process' peak, or the peak of a process of the cage where that is more.
+/// OUTPUT receives the window's pixels as a PPM. LUMAVIEW_CAGE=on or off says where the picture is decoded.
 /// A program of its own, so that a test sees a crash, the time and the memory of each picture alone.
-#include <fcntl.h>
 #include <sys/resource.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <vector>
 
-#include "simulator/base/UniqueFd.h"
-#include "simulator/lumaview/image/Render.h"
+#include "simulator/lumaview/cage/Cage.h"
+#include "simulator/lumaview/picture/FrameStream.h"
 
 #if defined(__SANITIZE_ADDRESS__)
 /// Its own view of thread-local storage fails in libraries that are loaded while the process runs, and the search for
@@ -27,9 +28,9 @@ using namespace sim::lumaview;
 
 namespace {
 
-long PeakKibibytes() {
+long PeakKibibytes(__rusage_who whose) {
   rusage usage{};
-  getrusage(RUSAGE_SELF, &usage);
+  getrusage(whose, &usage);
   return usage.ru_maxrss;
 }
 
@@ -55,17 +56,20 @@ void WritePpm(const char* path, ConstImageView image) {
 struct Outcome {
   Error error{0, ""};
   PictureInfo info;
+  FramePtr frame;
 };
 
-Outcome Show(int fd, ImageView window) {
-  const std::atomic<bool> cancelled{false};
-  Source source(fd, GetLimits(), cancelled);
-  Result<std::unique_ptr<Decoder>> decoder = OpenPicture(source);
-  if (!decoder) {
-    return {decoder.error(), {}};
+Outcome Show(const char* path, Size window) {
+  const auto file = PictureFile::Open(path);
+  if (!file) {
+    return {file.error(), {}, nullptr};
   }
-  const Status rendered = RenderFrame(**decoder, View{}, window);
-  return {rendered ? Error{0, ""} : rendered.error(), (*decoder)->GetInfo()};
+  const auto stream = FrameStream::Open(*file, std::make_shared<Cancellation>());
+  if (!stream) {
+    return {stream.error(), {}, nullptr};
+  }
+  const auto frame = (*stream)->RenderNext(View{}, window);
+  return frame ? Outcome{{0, ""}, (*stream)->GetInfo(), *frame} : Outcome{frame.error(), (*stream)->GetInfo(), nullptr};
 }
 
 }  // namespace
@@ -75,17 +79,15 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "usage: picture-outcome FILE [WIDTH HEIGHT [OUTPUT]]\n");
     return 2;
   }
-  const UniqueFd file(open(argv[1], O_RDONLY | O_CLOEXEC));
-  const int width = argc > 2 ? std::atoi(argv[2]) : 1920;
-  const int height = argc > 2 ? std::atoi(argv[3]) : 1080;
-  std::vector<uint32_t> pixels(static_cast<size_t>(width) * static_cast<size_t>(height));
-  const ImageView window{pixels.data(), width, height, width};
-  const long peak_before = PeakKibibytes();
+  const Size window{argc > 2 ? std::atoi(argv[2]) : 1920, argc > 2 ? std::atoi(argv[3]) : 1080};
+  StartCage();
+  const long peak_before = PeakKibibytes(RUSAGE_SELF);
   const auto begin = std::chrono::steady_clock::now();
-  const Outcome outcome = Show(file.Get(), window);
+  const Outcome outcome = Show(argv[1], window);
   const auto spent = std::chrono::steady_clock::now() - begin;
   const auto milliseconds = static_cast<long>(std::chrono::duration_cast<std::chrono::milliseconds>(spent).count());
-  const long kibibytes = PeakKibibytes() - peak_before;
+  StopCage();
+  const long kibibytes = std::max(PeakKibibytes(RUSAGE_SELF) - peak_before, PeakKibibytes(RUSAGE_CHILDREN));
   if (outcome.error.code != 0) {
     std::printf("refuse %d %ld %ld %s\n", outcome.error.code, milliseconds, kibibytes, outcome.error.reason.c_str());
     return 0;
@@ -94,7 +96,7 @@ int main(int argc, char** argv) {
   std::printf("show %d %d %d %d %d %ld %ld\n", outcome.info.type, upright.width, upright.height, outcome.info.frames,
               outcome.info.loops, milliseconds, kibibytes);
   if (argc == 5) {
-    WritePpm(argv[4], AsConst(window));
+    WritePpm(argv[4], outcome.frame->GetPixels());
   }
   return 0;
 }

@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 # Formats, scaling and colours.
 add_executable(picture-outcome picture-outcome.cpp)
-target_link_libraries(picture-outcome PRIVATE lumaview_image)
+target_link_libraries(picture-outcome PRIVATE lumaview_picture)
 
 add_executable(lumaview_render_test
   TestPictures.cpp RenderGeometryTest.cpp RenderPsnrTest.cpp RenderScaleTest.cpp)

@@ -7,13 +7,16 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/lumaview.h"
 #include "simulator/base/Result.h"
+#include "simulator/base/UniqueFd.h"
 #include "simulator/lumaview/decode/Limits.h"
 #include "simulator/lumaview/image/Image.h"
 
@@ -32,12 +35,22 @@ enum ErrorCode : int {
   kCancelled = -9,  ///< inside the library only: the picture was destroyed meanwhile
 };
 
+/// An unlinked file of `bytes` bytes in TMPDIR, all of them reserved: a page of a file on a full disk would end the
+/// process that touches it. Errors: kOutOfMemory.
+Result<UniqueFd> OpenScratchFile(uint64_t bytes);
+
 /// Where a decoder reads. The descriptor is of a regular file and is never mapped: the file may shrink meanwhile.
 /// One thread at a time.
 class Source {
  public:
+  using ScratchOpener = std::function<Result<UniqueFd>(uint64_t bytes)>;
+
   /// Borrows `fd`. `limits` and `cancelled` outlive the source.
   Source(int fd, const Limits& limits, const std::atomic<bool>& cancelled);
+  /// As above, of a file that had `size` bytes when it was opened: for a process that may not ask.
+  Source(int fd, uint64_t size, const Limits& limits, const std::atomic<bool>& cancelled);
+  /// Reads borrowed bytes in memory.
+  Source(std::span<const uint8_t> bytes, const Limits& limits, const std::atomic<bool>& cancelled);
 
   uint64_t GetSize() const { return m_size; }
   uint64_t GetPosition() const { return m_position; }
@@ -46,6 +59,11 @@ class Source {
   size_t Read(std::span<uint8_t> buffer);
   /// The whole file, for libraries that want it in one piece. Over the limit for such files: kOverLimit.
   Result<std::vector<uint8_t>> ReadAll();
+
+  /// Room beside the memory, for what a decoder must keep and is too much for it; as `OpenScratchFile`, unless another
+  /// way was set.
+  Result<UniqueFd> OpenScratch(uint64_t bytes) const { return m_open_scratch(bytes); }
+  void SetScratchOpener(ScratchOpener opener) { m_open_scratch = std::move(opener); }
 
   const Limits& GetLimits() const { return m_limits; }
   /// Gives the decode that starts now its whole time; the time runs from the construction on.
@@ -56,9 +74,11 @@ class Source {
   bool IsCancelled() const { return !CheckRunning(); }
 
  private:
-  const int m_fd;
+  const int m_fd;  ///< -1: `m_bytes` is read
+  const std::span<const uint8_t> m_bytes;
   const Limits& m_limits;
   const std::atomic<bool>& m_cancelled;
+  ScratchOpener m_open_scratch = OpenScratchFile;
   uint64_t m_size = 0;
   uint64_t m_position = 0;
   int64_t m_deadline_ns = 0;  ///< CLOCK_MONOTONIC, from the limit for one decode

@@ -1,14 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "simulator/lumaview/decode/JpegCoefficients.h"
 
-#include <fcntl.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <cstdlib>
-
-#include "simulator/lumaview/decode/Decoder.h"
+#include <utility>
 
 namespace sim::lumaview {
 namespace {
@@ -83,30 +79,24 @@ jvirt_barray_ptr JpegCoefficients::Request(JDIMENSION blocks, JDIMENSION rows) {
   return reinterpret_cast<jvirt_barray_ptr>(m_arrays.back().get());
 }
 
-Status JpegCoefficients::Realize(uint64_t budget_bytes) {
+Status JpegCoefficients::Realize(const Source& source) {
   uint64_t bytes = 0;
   for (const auto& array : m_arrays) {
     array->offset = bytes;
     bytes += array->Bytes();
   }
-  if (bytes > budget_bytes) {
-    SIM_TRY(OpenFile(bytes));
+  if (bytes > source.GetLimits().coefficient_bytes) {
+    auto file = source.OpenScratch(bytes);
+    if (!file) {
+      return Error{file.error().code, "JPEG: the coefficients: " + file.error().reason};
+    }
+    m_file = std::move(*file);
   }
   for (const auto& array : m_arrays) {
     if (!array->mapping.Map(m_file.Get(), array->offset, array->Bytes())) {
       return Error{kOutOfMemory, "JPEG: no memory for the coefficients"};
     }
     array->ListRows();
-  }
-  return Ok();
-}
-
-/// The room is reserved at once: a page of a file on a full disk would end the process when it is touched.
-Status JpegCoefficients::OpenFile(uint64_t bytes) {
-  const char* folder = std::getenv("TMPDIR");
-  m_file.Reset(open(folder != nullptr && *folder != '\0' ? folder : "/var/tmp", O_TMPFILE | O_RDWR | O_CLOEXEC, 0600));
-  if (!m_file || posix_fallocate(m_file.Get(), 0, static_cast<off_t>(bytes)) != 0) {
-    return Error{kOutOfMemory, "JPEG: no room for " + std::to_string(bytes) + " bytes of coefficients in TMPDIR"};
   }
   return Ok();
 }

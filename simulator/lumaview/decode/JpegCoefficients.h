@@ -12,6 +12,7 @@
 
 #include "simulator/base/Result.h"
 #include "simulator/base/UniqueFd.h"
+#include "simulator/lumaview/decode/Decoder.h"
 
 namespace sim::lumaview {
 
@@ -28,8 +29,9 @@ class JpegCoefficients {
   /// Notes an array of `rows` rows of `blocks` blocks.
   jvirt_barray_ptr Request(JDIMENSION blocks, JDIMENSION rows);
 
-  /// Makes room for all that was requested, zeroed; once. Errors: kOutOfMemory.
-  Status Realize(uint64_t budget_bytes);
+  /// Makes room for all that was requested, zeroed, by the limit and the file that `source` has for it; once. Errors:
+  /// kOutOfMemory.
+  Status Realize(const Source& source);
 
   /// The list of an array's rows from `first` on; null when there are not `count` of them. libjpeg's smoothing also
   /// looks at rows before and behind those that it asks for, so the list is that of all rows.
@@ -37,8 +39,6 @@ class JpegCoefficients {
 
  private:
   struct Array;
-
-  Status OpenFile(uint64_t bytes);
 
   std::vector<std::unique_ptr<Array>> m_arrays;
   UniqueFd m_file;  ///< empty while everything is in memory

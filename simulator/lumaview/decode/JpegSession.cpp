@@ -141,7 +141,7 @@ void JpegSession::OnRealize(j_common_ptr cinfo) {
 }
 
 bool JpegSession::MakeRoom() {
-  const Status status = m_coefficients.Realize(m_source.GetLimits().coefficient_bytes);
+  const Status status = m_coefficients.Realize(m_source);
   if (!status) {
     m_error = status.error();
   }

@@ -3,6 +3,8 @@
 
 #include <dlfcn.h>
 
+#include <map>
+#include <mutex>
 #include <string>
 
 #include "simulator/lumaview/decode/Decoder.h"
@@ -32,11 +34,27 @@ void* LoadModule(const std::string& file) {
   return nullptr;
 }
 
+/// What is loaded is found without a look at any folder, which a process that decodes may not take.
+void* FindOrLoad(const std::string& file) {
+  static std::mutex mutex;
+  static std::map<std::string, void*> loaded;
+  const std::lock_guard lock(mutex);
+  const auto found = loaded.find(file);
+  if (found != loaded.end()) {
+    return found->second;
+  }
+  void* module = LoadModule(file);
+  if (module != nullptr) {
+    loaded.emplace(file, module);
+  }
+  return module;
+}
+
 }  // namespace
 
 Result<const void*> FindInModule(const char* name, const char* symbol) {
   const std::string file = std::string("liblumaview-") + name + ".so";
-  void* module = LoadModule(file);
+  void* module = FindOrLoad(file);
   if (module == nullptr) {
     const char* reason = dlerror();
     return Error{kUnknownFormat, "the module " + file + " cannot be loaded: " + (reason != nullptr ? reason : "")};

@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <cstdlib>
 
 #include "simulator/lumaview/decode/Decoder.h"
 
@@ -15,14 +18,32 @@ int64_t NowNanoseconds() {
       .count();
 }
 
+uint64_t SizeOfRegularFile(int fd) {
+  struct stat status {};
+  return fstat(fd, &status) == 0 && S_ISREG(status.st_mode) ? static_cast<uint64_t>(status.st_size) : 0;
+}
+
 }  // namespace
 
-Source::Source(int fd, const Limits& limits, const std::atomic<bool>& cancelled)
-    : m_fd(fd), m_limits(limits), m_cancelled(cancelled) {
-  struct stat status {};
-  if (fstat(fd, &status) == 0 && S_ISREG(status.st_mode)) {
-    m_size = static_cast<uint64_t>(status.st_size);
+Result<UniqueFd> OpenScratchFile(uint64_t bytes) {
+  const char* folder = std::getenv("TMPDIR");
+  UniqueFd file(open(folder != nullptr && *folder != '\0' ? folder : "/var/tmp", O_TMPFILE | O_RDWR | O_CLOEXEC, 0600));
+  if (!file || posix_fallocate(file.Get(), 0, static_cast<off_t>(bytes)) != 0) {
+    return Error{kOutOfMemory, "no room for " + std::to_string(bytes) + " bytes in TMPDIR"};
   }
+  return file;
+}
+
+Source::Source(int fd, const Limits& limits, const std::atomic<bool>& cancelled)
+    : Source(fd, SizeOfRegularFile(fd), limits, cancelled) {}
+
+Source::Source(int fd, uint64_t size, const Limits& limits, const std::atomic<bool>& cancelled)
+    : m_fd(fd), m_limits(limits), m_cancelled(cancelled), m_size(size) {
+  RestartClock();
+}
+
+Source::Source(std::span<const uint8_t> bytes, const Limits& limits, const std::atomic<bool>& cancelled)
+    : m_fd(-1), m_bytes(bytes), m_limits(limits), m_cancelled(cancelled), m_size(bytes.size()) {
   RestartClock();
 }
 
@@ -31,6 +52,12 @@ void Source::RestartClock() {
 }
 
 size_t Source::Read(std::span<uint8_t> buffer) {
+  if (m_fd < 0) {
+    const size_t bytes = static_cast<size_t>(std::min<uint64_t>(buffer.size(), m_size - std::min(m_position, m_size)));
+    std::copy_n(m_bytes.begin() + static_cast<ptrdiff_t>(std::min(m_position, m_size)), bytes, buffer.begin());
+    m_position += bytes;
+    return bytes;
+  }
   size_t done = 0;
   while (done < buffer.size() && m_position < m_size) {
     const ssize_t got = pread(m_fd, buffer.data() + done, buffer.size() - done, static_cast<off_t>(m_position));

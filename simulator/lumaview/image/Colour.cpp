@@ -55,7 +55,7 @@ std::unique_ptr<ColourTransform> CreateColourTransform(std::span<const uint8_t> 
   if (icc.empty()) {
     return nullptr;
   }
-  static const Result<const void*> factory = FindInModule("colour", kColourSymbol);
+  static const Result<const void*> factory = FindInModule(kColourModule, kColourSymbol);
   return factory ? (*static_cast<const ColourTransformFactory*>(*factory))(icc, layout) : nullptr;
 }
 

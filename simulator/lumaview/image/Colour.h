@@ -26,6 +26,7 @@ using ColourTransformFactory = std::unique_ptr<ColourTransform> (*)(std::span<co
 /// slightly wrong colours is better than none.
 std::unique_ptr<ColourTransform> CreateColourTransform(std::span<const uint8_t> icc, PixelLayout layout);
 
+inline constexpr char kColourModule[] = "colour";
 /// The module's exported object: its `ColourTransformFactory`.
 inline constexpr char kColourSymbol[] = "lumaview_module_colour";
 

@@ -30,7 +30,7 @@ std::shared_ptr<Rendering> Rendering::Start(WorkerPool& pool, PictureFilePtr fil
   std::shared_ptr<Rendering> rendering(new Rendering);
   pool.Post([cancelled = rendering->m_cancelled, file = std::move(file), view, size, on_header = std::move(on_header),
              on_frame = std::move(on_frame)]() {
-    auto stream = cancelled->load(std::memory_order_relaxed)
+    auto stream = cancelled->IsCancelled()
                       ? Result<std::unique_ptr<FrameStream>>(Error{kCancelled, "the picture is no longer wanted"})
                       : FrameStream::Open(file, cancelled);
     if (!stream) {
@@ -45,7 +45,7 @@ std::shared_ptr<Rendering> Rendering::Start(WorkerPool& pool, PictureFilePtr fil
 }
 
 Result<PictureInfo> ReadHeader(const PictureFilePtr& file) {
-  const auto stream = FrameStream::Open(file, std::make_shared<std::atomic<bool>>(false));
+  const auto stream = FrameStream::Open(file, std::make_shared<Cancellation>());
   if (!stream) {
     return stream.error();
   }

@@ -32,11 +32,11 @@ class Rendering {
   static std::shared_ptr<Rendering> Start(WorkerPool& pool, PictureFilePtr file, const View& view, Size size,
                                           OnHeader on_header, OnFrame on_frame);
 
-  /// Ends the decode at its next few rows. Thread-safe.
-  void Cancel() { m_cancelled->store(true, std::memory_order_relaxed); }
+  /// Ends the decode: at once in a process of its own, else at its next few rows. Thread-safe.
+  void Cancel() { m_cancelled->Cancel(); }
 
  private:
-  Rendering() : m_cancelled(std::make_shared<std::atomic<bool>>(false)) {}
+  Rendering() : m_cancelled(std::make_shared<Cancellation>()) {}
 
   const CancelFlag m_cancelled;
 };

@@ -18,9 +18,28 @@ Error OutOfMemory(size_t bytes, int error) {
   return {kOutOfMemory, "no memory for a frame of " + std::to_string(bytes) + " bytes: " + std::strerror(error)};
 }
 
+size_t BytesOf(Size size) {
+  return static_cast<size_t>(size.width) * static_cast<size_t>(size.height) * sizeof(uint32_t);
+}
+
+/// Whether a file that nobody may write can still be mapped the way X servers do it, shared and for reading: kernels
+/// before 6.7 refuse that.
+bool SealedFilesCanBeShared() {
+  static const bool can = [] {
+    constexpr size_t kBytes = 4096;
+    const UniqueFd fd(memfd_create("lumaview-try", MFD_CLOEXEC | MFD_ALLOW_SEALING));
+    if (ftruncate(fd.Get(), kBytes) != 0 || fcntl(fd.Get(), F_ADD_SEALS, F_SEAL_WRITE) != 0) {
+      return false;
+    }
+    void* data = mmap(nullptr, kBytes, PROT_READ, MAP_SHARED, fd.Get(), 0);
+    return data != MAP_FAILED && munmap(data, kBytes) == 0;
+  }();
+  return can;
+}
+
 }  // namespace
 
-Result<std::shared_ptr<SharedMemory>> SharedMemory::Create(size_t bytes) {
+Result<UniqueFd> SharedMemory::CreateFile(size_t bytes) {
   UniqueFd fd(memfd_create("lumaview-frame", MFD_CLOEXEC | MFD_ALLOW_SEALING));
   if (!fd) {
     return OutOfMemory(bytes, errno);
@@ -29,11 +48,32 @@ Result<std::shared_ptr<SharedMemory>> SharedMemory::Create(size_t bytes) {
     return OutOfMemory(bytes, error);
   }
   fcntl(fd.Get(), F_ADD_SEALS, F_SEAL_SHRINK | F_SEAL_GROW);
-  void* data = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_POPULATE, fd.Get(), 0);
+  return fd;
+}
+
+Result<std::shared_ptr<SharedMemory>> SharedMemory::Create(size_t bytes) {
+  auto fd = CreateFile(bytes);
+  if (!fd) {
+    return fd.error();
+  }
+  void* data = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_POPULATE, fd->Get(), 0);
   if (data == MAP_FAILED) {
     return OutOfMemory(bytes, errno);
   }
-  return std::shared_ptr<SharedMemory>(new SharedMemory(std::move(fd), static_cast<uint8_t*>(data), bytes));
+  return std::shared_ptr<SharedMemory>(new SharedMemory(std::move(*fd), static_cast<uint8_t*>(data), bytes));
+}
+
+Result<std::shared_ptr<SharedMemory>> SharedMemory::Freeze(UniqueFd file, size_t bytes) {
+  // Before 6.7 a mapping that is there can go on writing; it is its owner's own picture that it spoils.
+  const int seal = SealedFilesCanBeShared() ? F_SEAL_WRITE : F_SEAL_FUTURE_WRITE;
+  if (fcntl(file.Get(), F_ADD_SEALS, seal | F_SEAL_SEAL) != 0 && errno == EBUSY) {
+    return Error{kDamaged, "the decoder does not let go of the frame"};
+  }
+  void* data = mmap(nullptr, bytes, PROT_READ, MAP_SHARED, file.Get(), 0);
+  if (data == MAP_FAILED) {
+    return OutOfMemory(bytes, errno);
+  }
+  return std::shared_ptr<SharedMemory>(new SharedMemory(std::move(file), static_cast<uint8_t*>(data), bytes));
 }
 
 SharedMemory::~SharedMemory() {
@@ -41,12 +81,23 @@ SharedMemory::~SharedMemory() {
 }
 
 Result<std::shared_ptr<Frame>> Frame::Create(Size size) {
-  const size_t bytes = static_cast<size_t>(size.width) * static_cast<size_t>(size.height) * sizeof(uint32_t);
-  auto memory = SharedMemory::Create(bytes);
+  auto memory = SharedMemory::Create(BytesOf(size));
   if (!memory) {
     return memory.error();
   }
   return std::shared_ptr<Frame>(new Frame(size, std::move(*memory)));
+}
+
+Result<UniqueFd> Frame::CreateFile(Size size) {
+  return SharedMemory::CreateFile(BytesOf(size));
+}
+
+Result<FramePtr> Frame::Freeze(UniqueFd file, Size size) {
+  auto memory = SharedMemory::Freeze(std::move(file), BytesOf(size));
+  if (!memory) {
+    return memory.error();
+  }
+  return FramePtr(new Frame(size, std::move(*memory)));
 }
 
 Result<FramePtr> CreateBlackFrame(Size size) {

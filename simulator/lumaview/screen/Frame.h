@@ -20,6 +20,11 @@ class SharedMemory {
  public:
   /// All pages are taken at once: a lack of memory is an error here (kOutOfMemory) and not a signal later.
   static Result<std::shared_ptr<SharedMemory>> Create(size_t bytes);
+  /// The file alone, zeroed, for another process to write. Errors: kOutOfMemory.
+  static Result<UniqueFd> CreateFile(size_t bytes);
+  /// Takes over a file of `CreateFile` when it is written: from now on nobody can. Its pixels are to be read only.
+  /// Errors: kDamaged while another process still has it mapped for writing; kOutOfMemory.
+  static Result<std::shared_ptr<SharedMemory>> Freeze(UniqueFd file, size_t bytes);
   ~SharedMemory();
   SharedMemory(const SharedMemory&) = delete;
   SharedMemory& operator=(const SharedMemory&) = delete;
@@ -42,6 +47,9 @@ class Frame {
  public:
   /// `size`: both sides 1..32767, as X windows have. Content: undefined. Errors: kOutOfMemory.
   static Result<std::shared_ptr<Frame>> Create(Size size);
+  /// The two halves of it, for pixels that another process writes in between: `SharedMemory::CreateFile`, `Freeze`.
+  static Result<UniqueFd> CreateFile(Size size);
+  static Result<std::shared_ptr<const Frame>> Freeze(UniqueFd file, Size size);
 
   Size GetSize() const { return m_size; }
   size_t GetBytes() const { return m_memory->GetSize(); }

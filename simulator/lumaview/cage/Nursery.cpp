@@ -1,0 +1,229 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "simulator/lumaview/cage/Nursery.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/prctl.h>
+#include <sys/signalfd.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "simulator/lumaview/cage/Bars.h"
+#include "simulator/lumaview/cage/Child.h"
+#include "simulator/lumaview/cage/Message.h"
+#include "simulator/lumaview/decode/Module.h"
+#include "simulator/lumaview/image/Colour.h"
+
+namespace sim::lumaview::cage {
+namespace {
+
+/// This process ends with the thread that forked it.
+void DieWith(pid_t parent) {
+  prctl(PR_SET_PDEATHSIG, SIGKILL);
+  if (getppid() != parent) {
+    _exit(0);
+  }
+}
+
+void CloseFrom(int first) {
+  if (close_range(static_cast<unsigned int>(first), ~0u, 0) != 0) {
+    const long most = sysconf(_SC_OPEN_MAX);
+    for (int fd = first; fd < most; ++fd) {
+      close(fd);
+    }
+  }
+}
+
+/// Keeps `kept` as `kChannelFd` and nothing else; the standard ones lead nowhere.
+void KeepOnly(int kept) {
+  dup2(kept, kChannelFd);
+  CloseFrom(kChannelFd + 1);
+  const int nowhere = open("/dev/null", O_RDWR);
+  for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    dup2(nowhere, fd);
+  }
+  if (nowhere > kChannelFd) {
+    close(nowhere);
+  }
+}
+
+/// What the engine does with its signals is not for these processes: they are ended by closing or killing.
+void ForgetSignals() {
+  for (int number = 1; number < NSIG; ++number) {
+    std::signal(number, SIG_DFL);
+  }
+  sigset_t all;
+  sigfillset(&all);
+  sigprocmask(SIG_SETMASK, &all, nullptr);
+}
+
+/// In a child those that tell of its own faults have their way.
+void AllowFaultSignals() {
+  sigset_t faults;
+  sigemptyset(&faults);
+  for (const int number : {SIGSYS, SIGSEGV, SIGBUS, SIGILL, SIGFPE, SIGABRT, SIGXCPU}) {
+    sigaddset(&faults, number);
+  }
+  sigprocmask(SIG_UNBLOCK, &faults, nullptr);
+}
+
+class Children {
+ public:
+  /// `channel`: the child's end. It is kept here too: it tells when the engine lets go, and carries the last word.
+  void Spawn(UniqueFd channel) {
+    const pid_t nursery = getpid();
+    const pid_t pid = fork();
+    if (pid == 0) {
+      DieWith(nursery);
+      prctl(PR_SET_NAME, "lumaview-decode");
+      KeepOnly(channel.Get());
+      AllowFaultSignals();
+      RunChild();
+    }
+    if (pid > 0) {
+      m_children.push_back({pid, std::move(channel)});
+    }
+  }
+
+  void AddTo(std::vector<pollfd>& polled) const {
+    for (const Child& child : m_children) {
+      polled.push_back({child.channel.Get(), 0, 0});
+    }
+  }
+
+  /// `polled`: of `AddTo`, looked at.
+  void KillUnwanted(const pollfd* polled) {
+    for (Child& child : m_children) {
+      if ((polled++)->revents != 0) {
+        kill(child.pid, SIGKILL);
+        child.channel.Reset();
+      }
+    }
+  }
+
+  /// Before this process ends: nobody else would wait for them.
+  void EndAll() {
+    for (const Child& child : m_children) {
+      kill(child.pid, SIGKILL);
+    }
+    for (const Child& child : m_children) {
+      waitpid(child.pid, nullptr, 0);
+    }
+  }
+
+  void Bury() {
+    int status = 0;
+    for (pid_t dead = waitpid(-1, &status, WNOHANG); dead > 0; dead = waitpid(-1, &status, WNOHANG)) {
+      const auto child = std::find_if(m_children.begin(), m_children.end(),
+                                      [dead](const Child& candidate) { return candidate.pid == dead; });
+      if (child != m_children.end()) {
+        Message last{.verb = Verb::kEnded};
+        last.numbers[0] = status;
+        Send(child->channel.Get(), last);
+        m_children.erase(child);
+      }
+    }
+  }
+
+ private:
+  struct Child {
+    pid_t pid;
+    UniqueFd channel;
+  };
+  std::vector<Child> m_children;
+};
+
+/// `names`: with a space behind each. What is loaded stays so; what is missing is missed where it is needed.
+void LoadModules(const std::string& names) {
+  std::istringstream words(names);
+  for (std::string name; words >> name;) {
+    (void)FindInModule(name.c_str(), name == kColourModule ? kColourSymbol : kDecoderSymbol);
+  }
+}
+
+[[noreturn]] void RunNursery() {
+  prctl(PR_SET_NAME, "lumaview-nursery");
+  sigset_t deaths;
+  sigemptyset(&deaths);
+  sigaddset(&deaths, SIGCHLD);
+  const int death = signalfd(-1, &deaths, SFD_CLOEXEC | SFD_NONBLOCK);
+  Children children;
+  std::vector<pollfd> polled;
+  while (true) {
+    polled.assign({{kChannelFd, POLLIN, 0}, {death, POLLIN, 0}});
+    children.AddTo(polled);
+    if (poll(polled.data(), polled.size(), -1) < 0 && errno != EINTR) {
+      _exit(1);
+    }
+    children.KillUnwanted(polled.data() + 2);
+    if (polled[1].revents != 0) {
+      signalfd_siginfo info{};
+      while (read(death, &info, sizeof info) > 0) {
+      }
+      children.Bury();
+    }
+    if (polled[0].revents != 0) {
+      Message request;
+      UniqueFd attached;
+      if (Receive(kChannelFd, request, &attached) != Received::kMessage) {
+        children.EndAll();
+        _exit(0);
+      }
+      if (request.verb == Verb::kSpawn) {
+        LoadModules(request.GetText());
+        children.Spawn(std::move(attached));
+      }
+    }
+  }
+}
+
+/// Makes a nursery again when it was killed: by hand, or for lack of memory. One that ends by itself has no engine.
+[[noreturn]] void RunKeeper(pid_t engine, int channel) {
+  DieWith(engine);
+  prctl(PR_SET_NAME, "lumaview-keeper");
+  // Not reached by what is meant for the engine's terminal.
+  setsid();
+  ForgetSignals();
+  KeepOnly(channel);
+  while (true) {
+    const pid_t keeper = getpid();
+    const pid_t nursery = fork();
+    if (nursery == 0) {
+      DieWith(keeper);
+      RunNursery();
+    }
+    int status = 0;
+    if (nursery < 0 || waitpid(nursery, &status, 0) != nursery || WIFEXITED(status)) {
+      _exit(0);
+    }
+  }
+}
+
+}  // namespace
+
+Result<Nursery> StartNursery() {
+  auto channel = CreateChannel();
+  if (!channel) {
+    return channel.error();
+  }
+  const pid_t engine = getpid();
+  const pid_t keeper = fork();
+  if (keeper < 0) {
+    return Error{kOutOfMemory, std::string("no process for the decoders: ") + std::strerror(errno)};
+  }
+  if (keeper == 0) {
+    RunKeeper(engine, channel->theirs.Get());
+  }
+  return Nursery{std::move(channel->ours), keeper};
+}
+
+}  // namespace sim::lumaview::cage
