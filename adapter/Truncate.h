@@ -13,15 +13,9 @@ inline int TruncateToInt(float value) {
   if (value != value) {
     return 0;
   }
-  // INT_MAX itself is no float; the next one above it is the first that does not fit.
-  constexpr float kBeyond = -static_cast<float>(std::numeric_limits<int>::min());
-  if (value >= kBeyond) {
-    return std::numeric_limits<int>::max();
-  }
-  if (value <= -kBeyond) {
-    return std::numeric_limits<int>::min();
-  }
-  return static_cast<int>(value);
+  // A double holds every int, a float does not.
+  using Int = std::numeric_limits<int>;
+  return static_cast<int>(std::clamp<double>(value, Int::min(), Int::max()));
 }
 
 /// `from`, at least 0, less `amount`; a difference beyond int becomes the nearest int.
