@@ -155,6 +155,12 @@ TEST_F(GivenPlayingAdapter, DecodePictureRegistersItsCallbackAndStarts) {
   kit::ExpectGolden("DecodePicture", "decoding starts");
 }
 
+TEST_F(GivenPlayingAdapter, DecodePictureSaysItselfWhoseThePictureIs) {
+  adapter->m_pPicture->user_data = nullptr;
+  adapter->DecodePicture(adapter->m_pPicture);
+  kit::ExpectGolden("DecodePicture", "decoding starts");
+}
+
 TEST_F(GivenPlayingAdapter, DecodePictureDropsNull) {
   adapter->DecodePicture(nullptr);
   kit::ExpectGolden("DecodePicture", "null picture");

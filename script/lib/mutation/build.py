@@ -9,6 +9,7 @@ import os
 import re
 import shlex
 import shutil
+import signal
 import subprocess
 from dataclasses import dataclass, field
 from pathlib import Path
@@ -123,15 +124,18 @@ def _archive_with(archive, members, work):
 def run_tests(program, folder, timeout, without=()):
     """Outcome of one run of all tests but those in `without`, up to the first that fails."""
     command = [str(program), "--gtest_fail_fast", "--gtest_color=no", "--gtest_filter=-" + ":".join(without)]
+    # A test that ends its process runs in a child of its own: what hangs is ended with all its children.
+    tests = subprocess.Popen(command, cwd=folder, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+                             stdin=subprocess.DEVNULL, start_new_session=True)
     try:
-        done = subprocess.run(command, cwd=folder, timeout=timeout, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
-                              stdin=subprocess.DEVNULL)
-    except subprocess.TimeoutExpired as late:
-        return Outcome("noticed", [f"{_last_started(late.output or b'')} (hung)"])
-    if done.returncode == 0:
+        output, _ = tests.communicate(timeout=timeout)
+    except subprocess.TimeoutExpired:
+        os.killpg(tests.pid, signal.SIGKILL)
+        output, _ = tests.communicate()
+        return Outcome("noticed", [f"{_last_started(output)} (hung)"])
+    if tests.returncode == 0:
         return Outcome("survived")
-    failed = _failed(done.stdout)
-    return Outcome("noticed", failed[:1] or [f"{_last_started(done.stdout)} (ended with {done.returncode})"])
+    return Outcome("noticed", _failed(output)[:1] or [f"{_last_started(output)} (ended with {tests.returncode})"])
 
 
 def failing_tests(program, folder):
