@@ -1,0 +1,127 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tests/soak/Census.h"
+
+#include <xcb/res.h>
+#include <xcb/xcb.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <stdexcept>
+
+namespace soak {
+namespace {
+
+namespace fs = std::filesystem;
+
+struct Freed {
+  void operator()(void* reply) const { std::free(reply); }
+};
+
+int CountEntries(const fs::path& folder) {
+  return static_cast<int>(std::distance(fs::directory_iterator(folder), fs::directory_iterator()));
+}
+
+/// `pid` and all below it.
+std::vector<pid_t> FamilyOf(pid_t pid) {
+  std::vector<pid_t> family{pid};
+  for (size_t at = 0; at < family.size(); ++at) {
+    const fs::path tasks = "/proc/" + std::to_string(family[at]) + "/task";
+    for (const auto& task : fs::directory_iterator(tasks)) {
+      std::ifstream children(task.path() / "children");
+      for (pid_t child; children >> child;) family.push_back(child);
+    }
+  }
+  return family;
+}
+
+int64_t AnonymousBytes(const fs::path& process) {
+  std::ifstream status(process / "status");
+  for (std::string word; status >> word;) {
+    int64_t kilobytes = 0;
+    if (word == "RssAnon:" && status >> kilobytes) return kilobytes * 1024;
+  }
+  return 0;
+}
+
+int SharedMappings(const fs::path& process) {
+  std::ifstream maps(process / "maps");
+  int count = 0;
+  for (std::string line; std::getline(maps, line);) {
+    count += line.find("/memfd:") != std::string::npos || line.find("/SYSV") != std::string::npos ? 1 : 0;
+  }
+  return count;
+}
+
+class Server {
+ public:
+  Server() : m_connection(xcb_connect(nullptr, nullptr)) {
+    if (xcb_connection_has_error(m_connection) != 0) throw std::runtime_error("no X server to look at");
+  }
+  ~Server() { xcb_disconnect(m_connection); }
+  Server(const Server&) = delete;
+  Server& operator=(const Server&) = delete;
+
+  int Resources() {
+    using Clients = std::unique_ptr<xcb_res_query_clients_reply_t, Freed>;
+    using Resources = std::unique_ptr<xcb_res_query_client_resources_reply_t, Freed>;
+    const Clients clients(xcb_res_query_clients_reply(m_connection, xcb_res_query_clients(m_connection), nullptr));
+    int count = 0;
+    for (auto client = xcb_res_query_clients_clients_iterator(clients.get()); client.rem > 0;
+         xcb_res_client_next(&client)) {
+      const auto cookie = xcb_res_query_client_resources(m_connection, client.data->resource_base);
+      const Resources held(xcb_res_query_client_resources_reply(m_connection, cookie, nullptr));
+      if (held == nullptr) continue;
+      for (auto type = xcb_res_query_client_resources_types_iterator(held.get()); type.rem > 0;
+           xcb_res_type_next(&type)) {
+        count += static_cast<int>(type.data->count);
+      }
+    }
+    return count;
+  }
+
+ private:
+  xcb_connection_t* const m_connection;
+};
+
+}  // namespace
+
+bool Census::HoldsTheSameAs(const Census& other) const {
+  return processes == other.processes && threads == other.threads && descriptors == other.descriptors &&
+         shared_mappings == other.shared_mappings && x_resources == other.x_resources;
+}
+
+std::string Census::Text() const {
+  return std::to_string(anonymous_bytes >> 10) + " kB anonymous, " + std::to_string(processes) + " processes, " +
+         std::to_string(threads) + " threads, " + std::to_string(descriptors) + " descriptors, " +
+         std::to_string(shared_mappings) + " shared mappings, " + std::to_string(x_resources) + " X resources";
+}
+
+Census Take(pid_t pid) {
+  Census census;
+  for (const pid_t member : FamilyOf(pid)) {
+    const fs::path process = "/proc/" + std::to_string(member);
+    ++census.processes;
+    census.anonymous_bytes += AnonymousBytes(process);
+    census.threads += CountEntries(process / "task");
+    census.descriptors += CountEntries(process / "fd");
+    census.shared_mappings += SharedMappings(process);
+  }
+  static Server server;
+  census.x_resources = server.Resources();
+  return census;
+}
+
+double MedianSlope(const std::vector<double>& steps, const std::vector<double>& values) {
+  std::vector<double> slopes;
+  for (size_t to = 0; to < steps.size(); ++to) {
+    for (size_t from = 0; from < to; ++from) slopes.push_back((values[to] - values[from]) / (steps[to] - steps[from]));
+  }
+  if (slopes.empty()) return 0;
+  std::nth_element(slopes.begin(), slopes.begin() + static_cast<std::ptrdiff_t>(slopes.size() / 2), slopes.end());
+  return slopes[slopes.size() / 2];
+}
+
+}  // namespace soak
