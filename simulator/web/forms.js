@@ -47,9 +47,8 @@ function formOf(method, call) {
   const output = make('output', {});
   const form = make('form', {className: 'method', 'aria-label': title},
                     make('h3', {}, title), make('p', {}, method.summary ?? ''),
-                    make('div', {className: 'fields'}, ...fields.map((field) => field.label),
-                         make('button', {'aria-label': `Run ${title}`}, 'Run')),
-                    output);
+                    make('div', {className: 'fields'}, ...fields.map((field) => field.label)),
+                    make('button', {'aria-label': `Run ${title}`}, 'Run'), output);
   form.dataset.method = method.name;
   form.dataset.words = `${title} ${method.summary ?? ''}`.toLowerCase();
 

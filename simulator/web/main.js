@@ -30,7 +30,7 @@ const log = new LogJournal(byId('log'));
 const screen = new LiveScreen(byId('screen'), byId('glow'), loadScreen);
 
 async function loadScreen() {
-  const response = await fetch(`screen.jpg?token=${encodeURIComponent(token)}`, {cache: 'no-store'});
+  const response = await fetch('screen.jpg', {cache: 'no-store', headers: {Authorization: `Bearer ${token}`}});
   if (!response.ok) {
     throw new Error(`the screen answers ${response.status}`);
   }
@@ -218,6 +218,9 @@ async function begin() {
   document.querySelectorAll('#remote button, .method button, #add button').forEach((button) => {
     button.disabled = !mayControl;
   });
+  if (!mayControl) {
+    byId('connection').textContent = 'on, to look only';
+  }
   const status = await showFacts();
   await emp.call('session.followLog', {on: true});
   await emp.call('session.followScreen', {on: true});
@@ -228,6 +231,9 @@ async function begin() {
     usePictures(pathsOf(await emp.call('pictures.list')));
   }
   screen.refresh();
+  if (mayControl && player.index < 0 && player.pictures.length > 0) {
+    showCaption(`OK shows ${nameOf(player.pictures[chooser.marked])}, up and down choose`);
+  }
 }
 
 async function setApplicationState(state) {

@@ -12,7 +12,7 @@ const RENDER_COMPLETED = 8;
 const PICTURE_LIMIT = 15000;
 const LARGEST_ZOOM = 16;
 /** Pictures and moves that wait for their turn. */
-const MOST_WAITING = 2;
+const MOST_WAITING = 7;
 
 /** Directions of SetZoomMove. */
 export const MOVES = {up: 0, down: 1, left: 2, right: 3};
@@ -96,21 +96,34 @@ export class Player extends EventTarget {
   /** Takes the picture off the screen. */
   async stop() {
     await this.pause();
-    await this.#enqueue(() => this.#emp.execute('Stop'));
+    await this.#enqueue(async () => {
+      if (!this.#loaded) {
+        await this.#emp.execute('ClearScreen');  // "Stop" clears it only where the engine still has the picture
+      }
+      await this.#emp.execute('Stop');
+    });
     this.index = -1;
     this.#forget();
   }
 
-  /** Enlarges the picture `ratio` times, 1 to 16; the engine turns it upright again. */
-  setZoom(ratio) {
+  /**
+   * Enlarges the picture `ratio` times, 1 to 16; the engine turns it upright again. `zoom` says so at once, so that the
+   * next key knows what it means.
+   */
+  async setZoom(ratio) {
+    const before = this.zoom;
     const wanted = Math.min(Math.max(ratio, 1), LARGEST_ZOOM);
-    return this.#enqueueUnlessBusy(async () => {
-      if (wanted !== this.zoom && await this.#load() && await this.#succeeds('SetZoomRatio', wanted)) {
-        this.zoom = wanted;
-        this.rotation = 0;
-        this.#changed();
-      }
-    });
+    if (wanted === before) {
+      return;
+    }
+    this.zoom = wanted;
+    const done = await this.#enqueueUnlessBusy(async () => await this.#load() && this.#succeeds('SetZoomRatio', wanted));
+    if (done) {
+      this.rotation = 0;
+    } else if (this.zoom === wanted) {
+      this.zoom = before;
+    }
+    this.#changed();
   }
 
   /** Moves the enlarged picture. @param {'up' | 'down' | 'left' | 'right'} direction */

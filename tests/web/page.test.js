@@ -54,18 +54,20 @@ async function leave() {
   await context.close();
 }
 
-/** The colour in the middle of the live screen. */
-function middle() {
-  return page.evaluate(() => {
+/** The colour of the live screen at a place, 0 to 1 from left to right, half way down. */
+function colourAt(place) {
+  return page.evaluate((x) => {
     const screen = document.getElementById('screen');
-    return [...screen.getContext('2d').getImageData(screen.width / 2, screen.height / 2, 1, 1).data].slice(0, 3);
-  });
+    const one = new OffscreenCanvas(1, 1).getContext('2d');
+    one.drawImage(screen, screen.width * x, screen.height / 2, 1, 1, 0, 0, 1, 1);
+    return [...one.getImageData(0, 0, 1, 1).data].slice(0, 3);
+  }, place);
 }
 
 async function awaitScreen(rgb) {
   let seen;
   await until(`the screen to be ${rgb}`, async () => {
-    seen = await middle();
+    seen = await colourAt(0.5);
     return seen.every((value, i) => Math.abs(value - rgb[i]) <= TOLERANCE);
   }).catch((error) => assert.fail(`${error.message}; it is ${seen}`));
 }
@@ -125,14 +127,10 @@ describe('with the keyboard alone', () => {
     await page.keyboard.press('Backspace');
     await page.keyboard.press('r');
     // A picture that stands upright leaves black at both sides.
-    await until('black at the left', () => page.evaluate(() => {
-      const screen = document.getElementById('screen');
-      return screen.getContext('2d').getImageData(screen.width / 8, screen.height / 2, 1, 1).data[0] < 10;
-    }));
-    const log = await page.textContent('#log');
-    assert.match(log, /SetZoomRatio/);
-    assert.match(log, /SetZoomMove/);
-    assert.match(log, /SetRotation/);
+    await until('black at the left', async () => (await colourAt(0.1))[0] < 10);
+    const commands = (await page.textContent('#log')).match(/Execute\(Set(Zoom|Rotation)[^)]*\)/g);
+    assert.deepEqual(commands, ['Execute(SetZoomRatio,2,,,)', 'Execute(SetZoomMove,3,,,)', 'Execute(SetZoomRatio,1,,,)',
+                                'Execute(SetRotation,90,,,)']);
   });
 
   test('the Tab key reaches everything there is, from the top to the bottom', async () => {
@@ -201,13 +199,13 @@ describe('the commands', () => {
   });
 
   test('show a picture, one by one', async () => {
-    await form('InitPlayer').getByLabel('url').fill(television.pictures[1]);
-    await form('InitPlayer').getByLabel('url').press('Enter');
+    await form('InitPlayer').getByLabel('url', {exact: true}).fill(television.pictures[1]);
+    await form('InitPlayer').getByLabel('url', {exact: true}).press('Enter');
     await form('InitPlayer').locator('output.done:has-text("1  in ")').waitFor();
-    await form('SetDisplayArea').getByLabel('x').fill('240');
-    await form('SetDisplayArea').getByLabel('y').fill('135');
-    await form('SetDisplayArea').getByLabel('width').fill('480');
-    await form('SetDisplayArea').getByLabel('height').fill('270');
+    await form('SetDisplayArea').getByLabel('x', {exact: true}).fill('240');
+    await form('SetDisplayArea').getByLabel('y', {exact: true}).fill('135');
+    await form('SetDisplayArea').getByLabel('width', {exact: true}).fill('480');
+    await form('SetDisplayArea').getByLabel('height', {exact: true}).fill('270');
     await form('SetDisplayArea').getByRole('button').click();
     await form('SetDisplayArea').locator('output.done').waitFor();
     await form('StartPlayback').getByRole('button').click();
@@ -351,13 +349,17 @@ describe('the look', () => {
     assert.equal(moving, 0);
   });
 
-  test('every control has a name', async () => {
+  test('every control has a name, and every button one of its own', async () => {
     await open();
-    const nameless = await page.evaluate(() => [...document.querySelectorAll('button, input, select, textarea, [role=listbox], [role=log], canvas[role]')]
+    const nameless = await page.evaluate(() => [...document.querySelectorAll(
+        'button, input, select, textarea, [role=listbox], [role=log], canvas[role]')]
         .filter((element) => !(element.getAttribute('aria-label') || element.getAttribute('aria-labelledby') ||
                                element.labels?.length || element.textContent.trim()))
         .map((element) => element.outerHTML));
     assert.deepEqual(nameless, []);
+    const names = await page.evaluate(() => [...document.querySelectorAll('button')].map(
+        (button) => button.getAttribute('aria-label') ?? button.textContent.trim()));
+    assert.deepEqual(names.filter((name, i) => names.indexOf(name) !== i), []);
   });
 
   test('texts stand out from what is behind them', async () => {

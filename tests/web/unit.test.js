@@ -174,6 +174,20 @@ describe('a player', () => {
     assert.deepEqual(engine.take(), ['ChangePlayingURL /b', 'StartPlayback', 'SetZoomRatio 2', 'SetZoomMove 2']);
   });
 
+  test('clears the screen when it stops after a transition', async () => {
+    player.effect = 7;
+    await player.next();
+    await player.next();
+    engine.take();
+    await player.stop();
+    assert.deepEqual(engine.take(), ['ClearScreen', 'Stop']);
+    await player.next();
+    engine.take();
+    await player.stop();
+    assert.deepEqual(engine.take(), ['Stop']);
+    assert.equal(player.index, -1);
+  });
+
   test('zoom and rotation reset each other, as in the engine', async () => {
     await player.next();
     await player.setZoom(3);
@@ -220,7 +234,7 @@ describe('a player', () => {
     all.push(player.stop());
     await Promise.all(all);
     const commands = engine.take();
-    assert.equal(commands.filter((command) => command === 'StartPlayback').length, 3);
+    assert.equal(commands.filter((command) => command === 'StartPlayback').length, 8);
     assert.equal(commands.at(-1), 'Stop');
   });
 
