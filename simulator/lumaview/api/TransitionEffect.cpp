@@ -5,6 +5,7 @@
 
 #include "simulator/lumaview/api/Picture.h"
 #include "simulator/lumaview/effect/Effect.h"
+#include "simulator/lumaview/effect/Kernels.h"
 
 namespace sim::lumaview {
 
@@ -61,6 +62,8 @@ Status TransitionEffect::Run(const std::string& path) {
     m_rendering->Cancel();
     m_services.reporter.Post(m_recipient, shared_from_this(), LUMAVIEW_EVENT_EFFECT, LUMAVIEW_RESULT_EFFECT_FAILED);
   }
+  // Loaded by the time of the first frame, beside the picture.
+  m_services.pool.Post([] { BestKernels(); });
   const int number = m_type == LUMAVIEW_EFFECT_CHOOSE ? m_services.chooser.Choose() : m_type;
   const uint64_t generation = ++m_generation;
   if (auto cached = m_services.cache.Take((*file)->GetIdentity(), m_services.first_view, presenter->GetSize())) {

@@ -1,7 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 /// Which kernels this processor runs.
-#include <hwy/cache_control.h>
-
 #include "simulator/lumaview/effect/Kernels.h"
 
 #if defined(__arm__) && defined(__linux__)
@@ -25,14 +23,5 @@ const Kernels& VectorKernels() {
   return *DispatchedKernels();
 }
 #endif
-
-const Kernels& BestKernels() {
-  static const Kernels& best = VectorKernels();
-  return best;
-}
-
-void FinishStores() {
-  hwy::FlushStream();
-}
 
 }  // namespace sim::lumaview

@@ -85,8 +85,13 @@ inline constexpr int kMaxBlurRadius = 127;
 const Kernels& PlainKernels();
 /// The best vectors that this processor has, or the ordinary loops where it has none. Asks the processor anew.
 const Kernels& VectorKernels();
-/// What `VectorKernels` found the first time.
+/// What `VectorKernels` of the module found the first time, or the ordinary loops where there is no module. The first
+/// call loads it, which takes some milliseconds.
 const Kernels& BestKernels();
+
+/// The object that the module exports: its `VectorKernels`.
+using KernelsFunction = const Kernels& (*)();
+inline constexpr char kKernelsSymbol[] = "lumaview_module_kernels";
 
 /// Makes what the kernels wrote visible to others. Reentrant.
 void FinishStores();
