@@ -47,6 +47,9 @@ class Workplace {
   double MeasureLimit();
   /// On one core: the median over all values of progress.
   double MeasureEffect(int effect);
+  /// On one core, each frame after the cache was emptied: a small picture finds nothing of itself there either, so
+  /// that the sizes can be compared.
+  double MeasureEffectUncached(int effect);
   /// On two: the slower of the upper and the lower half, drawn at the same time.
   double MeasureEffectOnTwo(int effect);
 
@@ -54,6 +57,7 @@ class Workplace {
   sim::lumaview::ConstImageView From() const { return AsConst(m_from.View()); }
   sim::lumaview::ConstImageView To() const { return AsConst(m_to.View()); }
   sim::lumaview::ImageView NextTarget();
+  void EmptyCache();
   /// Of some rounds: what else the machine does makes a round longer, never shorter.
   double Fastest(const std::function<double()>& measure);
 
@@ -61,6 +65,7 @@ class Workplace {
   FrameMemory m_from;
   FrameMemory m_to;
   std::array<std::unique_ptr<FrameMemory>, 3> m_targets;
+  std::vector<uint8_t> m_other_memory;  ///< twice what the largest cache holds
   size_t m_next = 0;
 };
 
