@@ -198,12 +198,16 @@ struct StretchSource {
     const auto position = hn::Min(hn::Max(wanted, hn::Zero(kSigned)), hn::ShiftLeft<16>(last));
     const auto left = hn::ShiftRight<16>(position);
     const auto weight = BothHalves(hn::And(hn::ShiftRight<8>(position), hn::Set(kSigned, 0xFF)));
-    if (const int begin = stretch.position + x * stretch.step; AreNeighbours(begin)) {
+    const int begin = stretch.position + x * stretch.step;
+    if (AreNeighbours(begin)) {
       // Neighbouring pixels come from neighbours or from the same pixel, so two vectors hold all of them.
       const int base = begin / kOnePixel;
       const auto lanes = hn::IndicesFromVec(kPixels, hn::BitCast(kPixels, hn::Sub(left, hn::Set(kSigned, base))));
       return Mix(hn::TableLookupLanes(hn::LoadU(kPixels, stretch.source + base), lanes),
                  hn::TableLookupLanes(hn::LoadU(kPixels, stretch.source + base + 1), lanes), weight);
+    }
+    if (AreNear(begin)) {
+      return PickedFromNear(begin, left, weight);
     }
     const auto right = hn::Min(hn::Add(left, hn::Set(kSigned, 1)), last);
     return Mix(hn::GatherIndex(kPixels, stretch.source, left), hn::GatherIndex(kPixels, stretch.source, right), weight);
@@ -212,6 +216,30 @@ struct StretchSource {
   /// Whether the vector that begins at `begin` reads no further than one vector and a pixel, all inside the row.
   HWY_INLINE bool AreNeighbours(int32_t begin) const {
     return stretch.step >= 0 && stretch.step <= kOnePixel && begin >= 0 && begin / kOnePixel + Lanes() < stretch.width;
+  }
+
+  /// Gathering costs more than reading the whole stretch of the row, unless that is far longer than what is kept of it.
+  static constexpr int kFarthestStep = 16 * kOnePixel;
+  HWY_INLINE bool AreNear(int32_t begin) const {
+    return stretch.step > kOnePixel && stretch.step <= kFarthestStep && begin >= 0 &&
+           LastLeft(begin) + Lanes() < stretch.width;
+  }
+  HWY_INLINE int LastLeft(int32_t begin) const { return (begin + (Lanes() - 1) * stretch.step) / kOnePixel; }
+
+  /// Reads the row vector by vector; each pixel stays as the last vector that begins at or before it has it.
+  HWY_INLINE Pixels PickedFromNear(int32_t begin, Signed left, Pixels weight) const {
+    const int end = LastLeft(begin) + 1;
+    auto from = hn::Zero(kPixels);
+    auto to = from;
+    for (int base = begin / kOnePixel; base < end; base += Lanes()) {
+      const auto offset = hn::Sub(left, hn::Set(kSigned, base));
+      const auto inside = hn::And(offset, hn::Set(kSigned, Lanes() - 1));
+      const auto lanes = hn::IndicesFromVec(kPixels, hn::BitCast(kPixels, inside));
+      const auto begun = hn::RebindMask(kPixels, hn::Gt(offset, hn::Set(kSigned, -1)));
+      from = hn::IfThenElse(begun, hn::TableLookupLanes(hn::LoadU(kPixels, stretch.source + base), lanes), from);
+      to = hn::IfThenElse(begun, hn::TableLookupLanes(hn::LoadU(kPixels, stretch.source + base + 1), lanes), to);
+    }
+    return Mix(from, to, weight);
   }
 };
 
