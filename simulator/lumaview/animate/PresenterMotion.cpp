@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdlib>
 
+#include "simulator/base/Log.h"
 #include "simulator/lumaview/animate/Presenter.h"
 #include "simulator/lumaview/effect/KenBurns.h"
 
@@ -55,6 +56,7 @@ void Presenter::StartMotion() {
 
 void Presenter::StopMotion() {
   if (m_motion) {
+    Log(LogLevel::kInfo, "lumaview", "pan and zoom: " + TextOf(m_motion->timeline.GetStatistics()));
     m_motion.reset();
     m_effect_frames.Clear();
   }

@@ -90,11 +90,8 @@ void Presenter::FinishTransition() {
   Transition ended = std::move(*m_transition);
   m_transition.reset();
   m_effect_frames.Clear();
-  const auto& statistics = ended.timeline.GetStatistics();
-  const auto worst = std::chrono::duration_cast<std::chrono::milliseconds>(statistics.worst_gap).count();
   Log(LogLevel::kInfo, "lumaview",
-      "effect " + std::string(EffectName(ended.number)) + ": " + std::to_string(statistics.shown) + " frames shown, " +
-          std::to_string(statistics.skipped) + " skipped, worst gap " + std::to_string(worst) + " ms");
+      "effect " + std::string(EffectName(ended.number)) + ": " + TextOf(ended.timeline.GetStatistics()));
   Want(m_content->frame, ended.owner, {std::move(ended.done)});
   StartAnimation();
   StartMotion();

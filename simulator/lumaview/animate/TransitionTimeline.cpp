@@ -32,4 +32,10 @@ std::optional<TransitionTimeline::Step> TransitionTimeline::Next(Time now) {
   return Step{static_cast<float>(due) / static_cast<float>(m_frames), due == m_frames};
 }
 
+std::string TextOf(const TransitionTimeline::Statistics& statistics) {
+  const auto worst = std::chrono::duration_cast<std::chrono::milliseconds>(statistics.worst_gap).count();
+  return std::to_string(statistics.shown) + " frames shown, " + std::to_string(statistics.skipped) +
+         " skipped, worst gap " + std::to_string(worst) + " ms";
+}
+
 }  // namespace sim::lumaview
