@@ -14,25 +14,6 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 
-/// The commands in `log`, in order, as "Command(param,param)".
-std::vector<std::string> CommandsIn(const std::string& log) {
-  std::vector<std::string> commands;
-  std::istringstream lines(log);
-  const std::string before = "\"command\":\"", between = "\",\"params\":[";
-  for (std::string line; std::getline(lines, line);) {
-    const size_t begin = line.find(before), middle = line.find(between);
-    if (begin == std::string::npos || middle == std::string::npos) {
-      continue;
-    }
-    const size_t name = begin + before.size(), params = middle + between.size();
-    std::string text =
-        line.substr(name, middle - name) + "(" + line.substr(params, line.find(']', params) - params) + ")";
-    std::erase(text, '"');
-    commands.push_back(text);
-  }
-  return commands;
-}
-
 using GivenAnEngine = TvsimFixture;
 
 TEST_F(GivenAnEngine, RunDrivesItAsAnApplicationDoes) {
@@ -65,6 +46,53 @@ TEST_F(GivenAnEngine, RunWithAnEffectNamesItByItsPlaceInTheEnginesList) {
 
   EXPECT_EQ(outcome.status, 0) << outcome.errors;
   EXPECT_THAT(CommandsIn(EngineLog()), testing::Contains("SetTransitionEffect(1)"));
+}
+
+TEST_F(GivenAnEngine, RunWithRandomEffectsLeavesTheChoiceToIt) {
+  const Outcome outcome = Run({"run", "--interval=0", "--effect=random", PictureNamed("a.png"), PictureNamed("b.png")});
+
+  EXPECT_EQ(outcome.status, 0) << outcome.errors;
+  EXPECT_THAT(CommandsIn(EngineLog()), testing::Contains("SetTransitionEffect(36)"));
+}
+
+TEST_F(GivenAnEngine, RunTellsInTheEndHowTheFramesCame) {
+  const std::vector<std::string> pictures = {PictureNamed("a.png"), PictureNamed("b.png"), PictureNamed("c.png")};
+
+  const Outcome people = Run({"run", "--interval=0", "--effect=dissolve", pictures[0], pictures[1], pictures[2]});
+  const Outcome programs =
+      Run({"run", "--interval=0", "--effect=dissolve", "--json", pictures[0], pictures[1], pictures[2]});
+  const Outcome without = Run({"run", "--interval=0", pictures[0], pictures[1]});
+
+  EXPECT_THAT(people.output, HasSubstr("\nFrames: 118 shown, 2 skipped (98.33 % on time), worst gap 34 ms\n"));
+  EXPECT_THAT(programs.output,
+              testing::EndsWith("\n{\"framesShown\":118,\"framesSkipped\":2,\"worstGapMilliseconds\":34}\n"));
+  EXPECT_THAT(without.output, Not(HasSubstr("Frames")));
+}
+
+TEST_F(GivenAnEngine, RunNamesThePictureWhoseTransitionFailed) {
+  const Outcome outcome = Run({"run", "--interval=0", "--effect=dissolve", PictureNamed("a.png"),
+                               PictureNamed("unfading.png"), PictureNamed("c.png")});
+
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_THAT(outcome.output, ContainsRegex("2/3.*unfading.png  NOT SHOWN: the picture is damaged\n"));
+  EXPECT_THAT(outcome.output, ContainsRegex("3/3.*c.png  shown"));
+}
+
+TEST_F(GivenAnEngine, RunGivesItsLibraryTheWayToShow) {
+  const std::string picture = PictureNamed("a.png");
+  const auto environment_with = [&](const std::vector<std::string>& options) {
+    std::vector<std::string> arguments = {"run", "--interval=0.5", picture};
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    EXPECT_EQ(Run(arguments).status, 0);
+    const std::string log = EngineLog();
+    return log.substr(log.rfind("environment "));
+  };
+
+  EXPECT_THAT(environment_with({}), testing::StartsWith("environment 1000 fit 0\n"));
+  EXPECT_THAT(environment_with({"--fit", "--duration=200"}), testing::StartsWith("environment 200 fit 0\n"));
+  EXPECT_THAT(environment_with({"--fill"}), testing::StartsWith("environment 1000 fill 0\n"));
+  EXPECT_THAT(environment_with({"--ken-burns"}), testing::StartsWith("environment 1000 fit 2500\n"));
+  EXPECT_EQ(Run({"run", "--fit", "--fill", picture}).status, 2);
 }
 
 TEST_F(GivenAnEngine, RunWithAnUnknownEffectNamesTheOnesThatThereAre) {

@@ -28,6 +28,24 @@ std::string ContentsOf(const std::string& file) {
   return {std::istreambuf_iterator<char>(stream), {}};
 }
 
+std::vector<std::string> CommandsIn(const std::string& log) {
+  std::vector<std::string> commands;
+  std::istringstream lines(log);
+  const std::string before = "\"command\":\"", between = "\",\"params\":[";
+  for (std::string line; std::getline(lines, line);) {
+    const size_t begin = line.find(before), middle = line.find(between);
+    if (begin == std::string::npos || middle == std::string::npos) {
+      continue;
+    }
+    const size_t name = begin + before.size(), params = middle + between.size();
+    std::string text =
+        line.substr(name, middle - name) + "(" + line.substr(params, line.find(']', params) - params) + ")";
+    std::erase(text, '"');
+    commands.push_back(text);
+  }
+  return commands;
+}
+
 Equipment WithFakeEngine() {
   return {FAKE_ENGINE, "640x360"};
 }
@@ -67,13 +85,16 @@ ProcessRequest TvsimFixture::Request(std::vector<std::string> arguments) const {
 }
 
 ChildProcess TvsimFixture::Start(std::vector<std::string> arguments, const std::string& input) {
+  return StartReading(UniqueFd(open(FileWith("input", input).c_str(), O_RDONLY | O_CLOEXEC)), std::move(arguments));
+}
+
+ChildProcess TvsimFixture::StartReading(const UniqueFd& input, std::vector<std::string> arguments) {
   ProcessRequest request = Request(std::move(arguments));
   const auto open_file = [this](const char* name) {
     return UniqueFd(open(PathOf(name).c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));
   };
   const UniqueFd output = open_file("output"), errors = open_file("errors");
-  const UniqueFd given(open(FileWith("input", input).c_str(), O_RDONLY | O_CLOEXEC));
-  request.descriptors = {{given.Get(), 0}, {output.Get(), 1}, {errors.Get(), 2}};
+  request.descriptors = {{input.Get(), 0}, {output.Get(), 1}, {errors.Get(), 2}};
   Result<ChildProcess> process = ChildProcess::Start(request);
   EXPECT_TRUE(process) << (process ? "" : process.error().reason);
   return std::move(*process);

@@ -44,6 +44,8 @@ class TvsimFixture : public testing::Test {
 
   /// Runs tvsim to its end. Subcommands that start a session get the equipment and a screen of their own.
   Outcome Run(std::vector<std::string> arguments, const std::string& input = "");
+  /// Starts it with that as its standard input; its output goes to PathOf("output").
+  ChildProcess StartReading(const UniqueFd& input, std::vector<std::string> arguments);
   /// Starts it, with its output going to PathOf("output").
   ChildProcess Start(std::vector<std::string> arguments, const std::string& input = "");
 
@@ -66,6 +68,9 @@ class TvsimFixture : public testing::Test {
 };
 
 std::string ContentsOf(const std::string& file);
+
+/// The commands in the fake engine's log, in order, as "Command(param,param)".
+std::vector<std::string> CommandsIn(const std::string& log);
 
 }  // namespace sim::tvsim
 

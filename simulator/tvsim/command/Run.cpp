@@ -15,13 +15,26 @@ struct RunOptions {
   std::vector<std::string> arguments;
   double interval = 3;
   int transition_ms = 1000;
+  bool fill = false;
+  bool ken_burns = false;
 };
+
+/// For how much longer than it stands a picture moves, so that it never comes to rest before the next one.
+constexpr int kKenBurnsReserveMs = 2000;
 
 /// "x,y,width,height".
 std::string ParseArea(const std::string& text, std::array<int, 4>& area) {
   int end = 0;
   const bool read = std::sscanf(text.c_str(), "%d,%d,%d,%d%n", &area[0], &area[1], &area[2], &area[3], &end) == 4;
   return read && text.c_str()[end] == '\0' ? "" : "an area is written like 240,60,480,270";
+}
+
+/// What the engine's picture library takes from its environment.
+void SetLibrarysEnvironment(const RunOptions& options) {
+  setenv("LUMAVIEW_EFFECT_MS", std::to_string(options.transition_ms).c_str(), 1);
+  setenv("LUMAVIEW_FIT", options.fill ? "fill" : "fit", 1);
+  const auto moves_ms = options.show.interval.count() + kKenBurnsReserveMs;
+  setenv("LUMAVIEW_KEN_BURNS", std::to_string(options.ken_burns ? moves_ms : 0).c_str(), 1);
 }
 
 int Run(RunOptions& options) {
@@ -36,7 +49,9 @@ int Run(RunOptions& options) {
       error) {
     return Fail(kNotReady, "cannot make the folder " + options.show.screenshots + ": " + error.message());
   }
-  setenv("LUMAVIEW_EFFECT_MS", std::to_string(options.transition_ms).c_str(), 1);
+  SetLibrarysEnvironment(options);
+  const KeyboardMode keyboard;  // out here, so that the terminal is itself again however the session ends
+  options.show.keys = keyboard.IsOn();
   return RunInSession(options.session, [&](Television& television) {
     if (!options.show.json) {
       Say("Playing " + std::to_string(options.show.pictures.size()) + " pictures: " + television.Describe());
@@ -54,12 +69,17 @@ void AddShowOptions(CLI::App& app, RunOptions& options) {
   app.add_option("--interval", options.interval, "Seconds for which each picture stands")
       ->capture_default_str()
       ->check(CLI::NonNegativeNumber);
-  app.add_option(
-      "--effect", options.show.effect,
-      "Transition between pictures: a name or number of the engine's list, or 36 for a different one each time");
+  app.add_option("--effect", options.show.effect,
+                 "Transition between pictures: a name or number of the engine's list, or \"random\" for a different "
+                 "one each time");
   app.add_option("--duration", options.transition_ms, "Milliseconds that a transition takes")
       ->capture_default_str()
       ->check(CLI::Range(0, 60000));
+  auto* fit = app.add_flag_callback(
+      "--fit", [&options] { options.fill = false; }, "The whole picture in the window; the default");
+  app.add_flag("--fill", options.fill, "The whole window covered; what sticks out is cut off")->excludes(fit);
+  app.add_flag("--ken-burns", options.ken_burns, "Each picture covers the window, and pans and zooms while it stands")
+      ->excludes(fit);
   app.add_flag("--loop", options.show.loop, "Begin again after the last picture");
   app.add_flag("--shuffle", options.show.shuffle, "In random order");
   auto* fullscreen = app.add_flag_callback(

@@ -123,7 +123,7 @@ void Television::OnEngineExit(const ProcessEnd& end, bool restarted) {
   Tell(&Observer::on_engine_exit, end, restarted);
 }
 
-bool Television::RunUntil(Patience patience, const std::function<bool()>& condition) {
+bool Television::PauseUntil(Patience patience, const std::function<bool()>& condition) {
   bool over = false;
   const guint timer = g_timeout_add(
       static_cast<guint>(patience.count()),
@@ -144,7 +144,7 @@ rpc::Answer Television::Await(const std::function<void(rpc::Client::OnAnswer)>& 
   auto answer = std::make_shared<std::optional<rpc::Answer>>();  // outlives this call when it is interrupted
   send([answer](const rpc::Answer& given) { *answer = given; });
   // The engine's own limit ends the call earlier.
-  RunUntil(m_options.engine.answer_limit * 2, [&] { return answer->has_value(); });
+  PauseUntil(m_options.engine.answer_limit * 2, [&] { return answer->has_value(); });
   return answer->value_or(rpc::Failure(rpc::kConnectionLost, m_interruption));
 }
 
@@ -202,7 +202,7 @@ rpc::Answer Television::ExecuteWithParamList(const std::string& command, const s
 }
 
 std::optional<EngineEvent> Television::TakeEvent(Patience patience) {
-  if (!RunUntil(patience, [this] { return !m_events.empty(); })) {
+  if (!PauseUntil(patience, [this] { return !m_events.empty(); })) {
     return std::nullopt;
   }
   EngineEvent event = m_events.front();
@@ -211,7 +211,7 @@ std::optional<EngineEvent> Television::TakeEvent(Patience patience) {
 }
 
 void Television::Pause(Patience time) {
-  RunUntil(time, [] { return false; });
+  PauseUntil(time, [] { return false; });
 }
 
 Status Television::SetState(const std::string& state) {

@@ -68,10 +68,14 @@ class Television {
 
   /// Takes the oldest event that was not taken yet, waiting for one; nothing when none came in time.
   std::optional<EngineEvent> TakeEvent(Patience patience);
+  bool HasEvent() const { return !m_events.empty(); }
   void ForgetEvents() { m_events.clear(); }
 
   /// Waits, and sees to everything else meanwhile.
   void Pause(Patience time);
+  /// Waits until `condition` holds; false when it does not within `patience`. It is looked at whenever something
+  /// happened on the main context.
+  bool PauseUntil(Patience patience, const std::function<bool()>& condition);
 
   /// What the screen shows, as a PNG.
   Status TakeScreenshot(const std::string& file);
@@ -120,8 +124,6 @@ class Television {
     }
   }
 
-  /// Runs the main context until `condition` holds; false when it does not within `patience`, or at an interruption.
-  bool RunUntil(Patience patience, const std::function<bool()>& condition);
   /// Starts a call by `send`, which is given what takes its answer, and waits for that.
   rpc::Answer Await(const std::function<void(rpc::Client::OnAnswer)>& send);
 
