@@ -18,7 +18,7 @@ function(lumaview_screen_test name target)
   set_tests_properties(lumaview.${name} PROPERTIES TIMEOUT 300 ENVIRONMENT "${ARGN}")
 endfunction()
 
-add_executable(lumaview_show_test LibraryShowTest.cpp)
+add_executable(lumaview_show_test LibraryShowTest.cpp LoadedLibrary.cpp)
 target_link_libraries(lumaview_show_test PRIVATE lumaview_test_kit)
 foreach(put memfd sysv chunks)
   lumaview_screen_test(show.${put} lumaview_show_test LUMAVIEW_PUT=${put})
@@ -28,21 +28,28 @@ add_test(NAME lumaview.show.depth16
   COMMAND ${with_private_x} --size 1280x720 --depth 16 -- $<TARGET_FILE:lumaview_show_test>)
 set_tests_properties(lumaview.show.depth16 PROPERTIES TIMEOUT 300)
 
-add_executable(lumaview_animation_test LibraryAnimationTest.cpp)
+add_executable(lumaview_animation_test LibraryAnimationTest.cpp LoadedLibrary.cpp)
 target_link_libraries(lumaview_animation_test PRIVATE lumaview_test_kit)
 lumaview_screen_test(animation lumaview_animation_test)
 
-add_executable(lumaview_view_test LibraryViewTest.cpp)
+add_executable(lumaview_view_test LibraryViewTest.cpp LoadedLibrary.cpp)
 target_link_libraries(lumaview_view_test PRIVATE lumaview_test_kit)
 lumaview_screen_test(view lumaview_view_test)
 
-add_executable(lumaview_transition_test LibraryTransitionTest.cpp)
+# Decoding in the process itself and in processes of its own: the same pictures.
+foreach(part show animation view)
+  foreach(cage on off)
+    lumaview_screen_test(${part}.cage-${cage} lumaview_${part}_test LUMAVIEW_CAGE=${cage})
+  endforeach()
+endforeach()
+
+add_executable(lumaview_transition_test LibraryTransitionTest.cpp LoadedLibrary.cpp)
 target_link_libraries(lumaview_transition_test PRIVATE lumaview_test_kit)
 foreach(put memfd chunks)
   lumaview_screen_test(transition.${put} lumaview_transition_test LUMAVIEW_PUT=${put} LUMAVIEW_EFFECT_MS=300)
 endforeach()
 
-add_executable(lumaview_call_test LibraryArgumentsTest.cpp LibraryReportsTest.cpp)
+add_executable(lumaview_call_test LibraryArgumentsTest.cpp LibraryReportsTest.cpp LoadedLibrary.cpp)
 target_link_libraries(lumaview_call_test PRIVATE lumaview_test_kit)
 gtest_discover_tests(lumaview_call_test)
 
@@ -60,6 +67,6 @@ add_test(NAME lumaview.exports
     ${PROJECT_SOURCE_DIR}/platform/lumaview.h
     ${PROJECT_SOURCE_DIR}/simulator/lumaview/include/lumaview_simulator.h)
 
-add_executable(lumaview_motion_test LibraryMotionTest.cpp)
+add_executable(lumaview_motion_test LibraryMotionTest.cpp LoadedLibrary.cpp)
 target_link_libraries(lumaview_motion_test PRIVATE lumaview_test_kit)
 lumaview_screen_test(motion lumaview_motion_test LUMAVIEW_KEN_BURNS=600 LUMAVIEW_EFFECT_MS=200)

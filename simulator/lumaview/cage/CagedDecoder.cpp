@@ -21,6 +21,8 @@ using cage::Verb;
 
 /// A process that keeps the limit says so itself, which tells more; for that it has this much longer.
 constexpr int64_t kGraceMilliseconds = 50;
+/// Inside this file: a channel that ends without a last word has lost its nursery, and the picture is not to blame.
+constexpr int kDecodersLost = -100;
 /// Three bytes of every pixel as two of coefficients each, and some for borders of blocks.
 constexpr uint64_t kScratchBytesPerPixel = 7;
 
@@ -49,12 +51,26 @@ Error Ended(int status) {
 
 Result<std::unique_ptr<CagedDecoder>> CagedDecoder::Open(Cage& cage, int file, uint64_t bytes,
                                                          const Cancellation& cancelled) {
-  auto channel = cage.Take(file);
-  if (!channel) {
-    return channel.error();
+  // A second time for a nursery that was killed: there is a new one.
+  for (int left = 1; left >= 0; --left) {
+    auto channel = cage.Take(file);
+    if (!channel) {
+      return channel.error();
+    }
+    std::unique_ptr<CagedDecoder> decoder(new CagedDecoder(cage, std::move(*channel), cancelled));
+    const Status opened = decoder->ReadHeader(file, bytes);
+    if (opened) {
+      return decoder;
+    }
+    if (opened.error().code != kDecodersLost) {
+      return opened.error();
+    }
   }
-  std::unique_ptr<CagedDecoder> decoder(new CagedDecoder(cage, std::move(*channel), cancelled));
-  const auto header = decoder->Ask({.verb = Verb::kOpen, .bytes = bytes}, file, Verb::kHeader);
+  return Error{kDamaged, "the decoders are killed again and again"};
+}
+
+Status CagedDecoder::ReadHeader(int file, uint64_t bytes) {
+  const auto header = Ask({.verb = Verb::kOpen, .bytes = bytes}, file, Verb::kHeader);
   if (!header) {
     return header.error();
   }
@@ -62,9 +78,9 @@ Result<std::unique_ptr<CagedDecoder>> CagedDecoder::Open(Cage& cage, int file, u
   if (!info) {
     return info.error();
   }
-  decoder->m_info = *info;
-  cage.NoteBars(header->GetBars());
-  return decoder;
+  m_info = *info;
+  m_cage.NoteBars(header->GetBars());
+  return Ok();
 }
 
 Status CagedDecoder::Render(const View& view, Size size, int memory) {
@@ -80,7 +96,8 @@ Status CagedDecoder::Draw(Verb verb, const View& view, Size size, int memory) {
   request.SetView(view, size);
   const auto drawn = Ask(request, memory, Verb::kDrawn);
   if (!drawn) {
-    return drawn.error();
+    const bool lost = drawn.error().code == kDecodersLost;
+    return Error{lost ? kDamaged : drawn.error().code, drawn.error().reason};
   }
   m_milliseconds = std::max(drawn->numbers[0], 0);
   return Ok();
@@ -110,7 +127,7 @@ Result<Message> CagedDecoder::AwaitAnswer(Verb expected) {
     Message answer;
     const Received received = cage::Receive(m_channel.Get(), answer);
     if (received == Received::kClosed) {
-      return Error{kDamaged, "the decoder was killed with all the others"};
+      return Error{kDecodersLost, "the decoder was killed with all the others"};
     }
     if (received == Received::kMessage && answer.verb == expected) {
       return answer;

@@ -31,6 +31,7 @@ class CagedDecoder {
   CagedDecoder(Cage& cage, UniqueFd channel, const Cancellation& cancelled)
       : m_cage(cage), m_channel(std::move(channel)), m_cancelled(cancelled) {}
 
+  Status ReadHeader(int file, uint64_t bytes);
   Result<cage::Message> Ask(const cage::Message& request, int attached, cage::Verb expected);
   Result<cage::Message> AwaitAnswer(cage::Verb expected);
   Status AwaitPacket(int64_t deadline_ms) const;

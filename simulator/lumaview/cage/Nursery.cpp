@@ -192,6 +192,8 @@ void LoadModules(const std::string& names) {
   prctl(PR_SET_NAME, "lumaview-keeper");
   // Not reached by what is meant for the engine's terminal.
   setsid();
+  // Children of a nursery that was killed come here to be waited for.
+  prctl(PR_SET_CHILD_SUBREAPER, 1);
   ForgetSignals();
   KeepOnly(channel);
   while (true) {
@@ -202,7 +204,13 @@ void LoadModules(const std::string& names) {
       RunNursery();
     }
     int status = 0;
-    if (nursery < 0 || waitpid(nursery, &status, 0) != nursery || WIFEXITED(status)) {
+    for (pid_t dead = 0; dead != nursery;) {
+      dead = waitpid(-1, &status, 0);
+      if (dead < 0) {
+        _exit(1);
+      }
+    }
+    if (WIFEXITED(status)) {
       _exit(0);
     }
   }

@@ -42,6 +42,7 @@ class CagedStream : public FrameStream {
       return memory.error();
     }
     SIM_TRY(draw(memory->Get()));
+    m_cage.Warm();
     return Frame::Freeze(std::move(*memory), size);
   }
 
