@@ -183,6 +183,23 @@ TEST_F(GivenPicture, ThumbnailFitsAndIsUpright) {
   EXPECT_EQ(lumaview_get_thumbnail(&thumbnail), -2);
 }
 
+TEST_F(GivenPicture, ThumbnailOfADecodedPictureNeedsNoFile) {
+  lumaview_add_event_callback(picture, LUMAVIEW_EVENT_DECODE, Reports::Callback);
+  EXPECT_EQ(lumaview_decode(picture, 0), 0);
+  EXPECT_EQ(Reports::Get().Next(), (Report{picture, 1, 3}));
+  ASSERT_EQ(truncate(path.c_str(), 0), 0);
+
+  _lumaview_thumbnail_s thumbnail{};
+  EXPECT_EQ(lumaview_get_thumbnail(&thumbnail), 0);
+
+  EXPECT_EQ(thumbnail.height, 90);
+  EXPECT_EQ(thumbnail.width, 68);
+  const auto* pixels = static_cast<const uint32_t*>(thumbnail.pixels);
+  for (const int at : {0, 67, 89 * 68, 89 * 68 + 67}) {
+    EXPECT_NEAR(static_cast<int>(pixels[at] & 0xFF), 0x80, 3) << at;
+  }
+}
+
 TEST_F(GivenPicture, ZoomRatioIsNotKnownBeforeTheDecode) {
   float ratio = 0;
   EXPECT_EQ(lumaview_get_zoom_ratio(picture, &ratio), -2);

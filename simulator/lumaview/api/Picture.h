@@ -44,6 +44,8 @@ class Picture : public std::enable_shared_from_this<Picture> {
   /// Moves the view by an eighth of the window, as far as the picture reaches; `x` and `y` receive how far the view
   /// stands to the right of and below the picture's middle, in window pixels.
   Status Move(lumaview_key_direction_e direction, int& x, int& y);
+  /// The picture as it is, fitted into the window; nothing while it is not decoded or is looked at in another way.
+  std::optional<Rendered> GetWhole() const;
   /// Errors: kNotReady before the picture was decoded on request.
   Result<float> GetZoom() const;
 

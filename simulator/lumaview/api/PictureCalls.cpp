@@ -121,7 +121,7 @@ LUMAVIEW_EXPORT int lumaview_get_thumbnail(_lumaview_thumbnail_s* thumbnail) {
     if (!last) {
       return sim::Error{kNotReady, "there is no picture"};
     }
-    const auto filled = FillThumbnail(last->GetFile(), *thumbnail);
+    const auto filled = FillThumbnail(last->GetFile(), last->GetWhole(), *thumbnail);
     return filled ? filled : sim::Status(WithPath(last->GetFile()->GetPath(), filled.error()));
   });
 }

@@ -112,6 +112,12 @@ Result<float> Picture::GetZoom() const {
   return static_cast<float>(m_view.zoom);
 }
 
+std::optional<Rendered> Picture::GetWhole() const {
+  const std::lock_guard lock(m_mutex);
+  const bool is_whole = m_rendered && *m_rendered && (*m_rendered)->view == View{};
+  return is_whole ? std::optional(**m_rendered) : std::nullopt;
+}
+
 /// A view that is asked for while another is being decoded for the screen waits for that one: a key that is held down
 /// shall move the picture, not keep it from ever being shown.
 void Picture::ChangeView(const View& view) {
