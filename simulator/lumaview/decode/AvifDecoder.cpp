@@ -7,6 +7,7 @@
 #include <cmath>
 
 #include "simulator/base/CHandle.h"
+#include "simulator/lumaview/decode/AvifLoops.h"
 #include "simulator/lumaview/decode/Module.h"
 #include "simulator/lumaview/image/Turn.h"
 
@@ -69,6 +70,7 @@ class AvifDecoder : public Decoder {
   Status Decode(Size, RowSink& sink) override {
     m_source.RestartClock();
     const avifResult result = avifDecoderNthImage(m_decoder.get(), static_cast<uint32_t>(m_next_frame));
+    SIM_TRY(m_source.CheckRunning());
     if (result != AVIF_RESULT_OK) {
       return Damaged(result);
     }
@@ -109,7 +111,7 @@ class AvifDecoder : public Decoder {
     m_aperture = GetAperture(image);
     m_info.stored = {m_aperture.width, m_aperture.height};
     m_info.frames = std::max(decoder.imageCount, 1);
-    m_info.loops = m_info.frames > 1 ? 0 : 1;  // this version of libavif does not tell: players repeat for ever
+    m_info.loops = m_info.frames > 1 ? ReadAvifLoops(m_file) : 1;
     m_info.orientation = GetOrientation(image);
     return CheckWholeSize(image.width, image.height, limits);
   }
