@@ -28,6 +28,9 @@ class Mapping {
     if (start == MAP_FAILED) {
       return false;
     }
+    if (file < 0) {
+      madvise(start, bytes, MADV_HUGEPAGE);  // all of it will be written: fewer faults
+    }
     m_start = static_cast<std::byte*>(start);
     m_bytes = bytes + inside;
     m_inside = inside;
