@@ -26,9 +26,11 @@ int64_t GetPosition(void* user) {
   return static_cast<int64_t>(static_cast<Source*>(user)->GetPosition());
 }
 
+/// Also ends a decode that nobody wants any more: cameras cut their pictures into tiles, each of which is read when its
+/// turn comes. A picture in one piece is decoded to its end.
 int Read(void* data, size_t size, void* user) {
   auto& source = *static_cast<Source*>(user);
-  return source.Read({static_cast<uint8_t*>(data), size}) == size ? 0 : 1;
+  return !source.IsCancelled() && source.Read({static_cast<uint8_t*>(data), size}) == size ? 0 : 1;
 }
 
 int Seek(int64_t position, void* user) {
@@ -60,6 +62,7 @@ class HeicDecoder : public Decoder {
     const heif_error error =
         heif_decode_image(m_handle.get(), &image, heif_colorspace_RGB, heif_chroma_interleaved_RGBA, nullptr);
     const PixelsHandle pixels(image);
+    SIM_TRY(m_source.CheckRunning());
     if (error.code != heif_error_Ok) {
       return Damaged(error);
     }

@@ -17,8 +17,10 @@ using RunnerHandle = CHandle<void, JxlThreadParallelRunnerDestroy>;
 /// Both cores of a small machine.
 constexpr size_t kThreads = 2;
 
-/// The decoder is fed this much at a time, so that it can be stopped in between.
-constexpr size_t kStepBytes = 256 * 1024;
+/// The decoder is fed in about so many pieces, so that it can be stopped in between. (It cannot be stopped from inside:
+/// where its threads refuse a task, it ends the process in some places.)
+constexpr size_t kSteps = 64;
+constexpr size_t kLeastStepBytes = 16 * 1024;
 
 Error Damaged(const char* what) {
   return {kDamaged, std::string("JPEG XL: ") + what};
@@ -59,7 +61,7 @@ class JxlSession {
 
  private:
   void Feed() {
-    m_given = std::min(m_given + kStepBytes, m_file.size());
+    m_given = std::min(m_given + std::max(m_file.size() / kSteps, kLeastStepBytes), m_file.size());
     JxlDecoderSetInput(Get(), m_file.data() + m_taken, m_given - m_taken);
     m_taken = m_given;
     if (m_given == m_file.size()) {
