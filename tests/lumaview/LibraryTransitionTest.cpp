@@ -130,6 +130,29 @@ TEST_F(GivenRedScreen, SecondEffectGoesOnFromWhatTheFirstHasReached) {
   EXPECT_TRUE(WholeWindowIs(kBlue));
 }
 
+TEST_F(GivenRedScreen, EffectsThatReplaceEachOtherNeverShowBlack) {
+  for (int round = 0; round < 6; ++round) {
+    StartEffect(kFade, round % 2 == 0 ? green : blue);
+    for (int look = 0; look < 30; ++look) {
+      const uint32_t pixel = screen.PixelAt(window, 100, 100);
+      const uint32_t light = (pixel >> 16 & 0xFF) + (pixel >> 8 & 0xFF) + (pixel & 0xFF);
+      ASSERT_NEAR(static_cast<int>(light), 255, 8) << "a mixture of red, green and blue, in round " << round;
+    }
+  }
+}
+
+TEST_F(GivenRedScreen, UndecodablePictureDuringAnEffectFailsAndTheEffectComesToItsEnd) {
+  StartEffect(kFade, green);
+  ASSERT_TRUE(IsHalfWay());
+
+  StartEffect(kFade, folder.WriteBytes("text.png", "no picture"));
+
+  std::vector<Report> reports = {Reports::Get().Next(), Reports::Get().Next()};
+  EXPECT_EQ(std::count(reports.begin(), reports.end(), EndOfEffect(8)), 1);
+  EXPECT_EQ(std::count(reports.begin(), reports.end(), EndOfEffect(9)), 1);
+  EXPECT_TRUE(WholeWindowIs(kGreen));
+}
+
 TEST_F(GivenRedScreen, DestroyedEffectEndsOnItsPictureWithoutAReport) {
   StartEffect(kFade, green);
   ASSERT_TRUE(IsHalfWay());
@@ -149,6 +172,25 @@ TEST_F(GivenRedScreen, DestroyedDisplayEndsTheEffect) {
 
   EXPECT_TRUE(ShowsEventually(100, 100, kBlack));
   EXPECT_EQ(Reports::Get().Next(), EndOfEffect(9));
+}
+
+TEST_F(GivenRedScreen, DestroyedWindowEndsTheEffectAndTheLibraryLives) {
+  StartEffect(kFade, green);
+  ASSERT_TRUE(IsHalfWay());
+
+  screen.Destroy(window);
+
+  EXPECT_EQ(Reports::Get().Next(), EndOfEffect(9));
+  EXPECT_NE(lumaview_run_transition_effect(effect, blue.c_str()), 0);
+  Window next = screen.MakeWindow(kWidth, kHeight);
+  ASSERT_EQ(lumaview_init_display(&next), 0);
+  ASSERT_EQ(lumaview_set_effect_window_handle(effect, next), 0);
+  ASSERT_EQ(lumaview_create_from_url(blue.c_str(), &picture), 0);
+  ASSERT_EQ(lumaview_set_window(picture, next), 0);
+  ASSERT_EQ(lumaview_decode(picture, 0), 0);
+  EXPECT_TRUE(Eventually([&] { return screen.PixelAt(next, 100, 100) == kBlue; }));
+  EXPECT_EQ(lumaview_destroy_display(&next), 0);
+  screen.Destroy(next);
 }
 
 TEST_F(GivenRedScreen, ResizedWindowEndsTheEffectOnTheNewPictureWithoutBlack) {
@@ -237,6 +279,28 @@ TEST_F(GivenRedScreen, InterruptedEffectsLeakNothing) {
   EXPECT_EQ(Reports::Get().Next(), EndOfEffect(8));
   EXPECT_TRUE(Eventually([&] { return CountDescriptors() <= descriptors; })) << CountDescriptors() - descriptors;
   EXPECT_TRUE(Eventually([&] { return CountMappedFrames() <= frames; })) << CountMappedFrames() - frames;
+}
+
+TEST_F(GivenRedScreen, EffectsThatAreDestroyedOnTheirWayLeakNothing) {
+  const auto destroy_on_its_way = [&](const std::string& to, uint32_t colour) {
+    const uint32_t before = screen.PixelAt(window, 100, 100);
+    StartEffect(kFade, to);
+    EXPECT_TRUE(Eventually([&] { return screen.PixelAt(window, 100, 100) != before; }));
+    EXPECT_EQ(lumaview_destroy_transition_effect(&effect), 0);
+    effect = nullptr;
+    EXPECT_TRUE(ShowsEventually(100, 100, colour));
+  };
+  destroy_on_its_way(green, kGreen);
+  const size_t descriptors = CountDescriptors();
+  const size_t frames = CountMappedFrames();
+
+  for (int round = 0; round < 10; ++round) {
+    destroy_on_its_way(round % 2 == 0 ? blue : green, round % 2 == 0 ? kBlue : kGreen);
+  }
+
+  EXPECT_TRUE(Eventually([&] { return CountDescriptors() <= descriptors; })) << CountDescriptors() - descriptors;
+  EXPECT_TRUE(Eventually([&] { return CountMappedFrames() <= frames; })) << CountMappedFrames() - frames;
+  EXPECT_TRUE(Reports::Get().IsEmpty());
 }
 
 /// A file's bytes, filled up to a size that all small pictures can have; what follows a picture is not looked at.
