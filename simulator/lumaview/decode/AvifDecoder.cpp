@@ -136,6 +136,7 @@ class AvifDecoder : public Decoder {
     const std::span<const uint8_t> icc(image.icc.data, image.icc.size);
     SIM_TRY(sink.Begin({m_info.stored, has_alpha ? PixelLayout::kBgra : PixelLayout::kBgrx, icc}));
     for (int y = 0; y < m_info.stored.height; ++y) {
+      SIM_TRY(m_source.CheckRunning());
       const uint8_t* row = &pixels[static_cast<size_t>(m_aperture.y + y) * row_bytes];
       SIM_TRY(sink.Row(y, row + ptrdiff_t{m_aperture.x} * 4));
     }

@@ -115,6 +115,7 @@ class HeicDecoder : public Decoder {
   Status Deliver(Size size, const uint8_t* first, int stride, RowSink& sink) const {
     std::vector<uint8_t> row(static_cast<size_t>(size.width) * 4);
     for (int y = 0; y < size.height; ++y) {
+      SIM_TRY(m_source.CheckRunning());
       const uint8_t* from = first + static_cast<ptrdiff_t>(y) * stride;
       for (size_t i = 0; i < row.size(); i += 4) {
         row[i] = from[i + 2];

@@ -173,6 +173,7 @@ class JxlPictureDecoder : public Decoder {
     SIM_TRY(sink.Begin({m_info.stored, GetLayout(), icc}));
     const size_t row_bytes = static_cast<size_t>(m_info.stored.width) * m_format.num_channels;
     for (int y = 0; y < m_info.stored.height; ++y) {
+      SIM_TRY(m_source.CheckRunning());
       uint8_t* row = &pixels[static_cast<size_t>(y) * row_bytes];
       for (size_t i = 0; !m_is_grey && i < row_bytes; i += 4) {
         std::swap(row[i], row[i + 2]);
