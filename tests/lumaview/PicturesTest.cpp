@@ -3,6 +3,7 @@
 /// the memory are that picture's.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <mutex>
 #include <set>
@@ -138,6 +139,16 @@ TEST_P(GivenPicturesOf, EachHasItsExpectedOutcome) {
   RecordProperty("pictures", static_cast<int>(m_pictures.size()));
   std::printf("%zu pictures of %s, %zu not as listed\n", m_pictures.size(), PicturesFolder().c_str(),
               m_complaints.size());
+}
+
+/// The set that the build makes stands in for a larger one, so it has to have something of every format.
+TEST_P(GivenPicturesOf, SmallSetHasARightAndARefusedOne) {
+  const std::vector<ListedPicture> pictures = ReadManifest(SMALL_PICTURES_FOLDER, GetParam());
+  for (const char* expect : {"show", "refuse"}) {
+    EXPECT_TRUE(std::any_of(pictures.begin(), pictures.end(),
+                            [expect](const ListedPicture& picture) { return picture.expect == expect; }))
+        << "no picture of the kind \"" << expect << "\"";
+  }
 }
 
 INSTANTIATE_TEST_SUITE_P(Pictures, GivenPicturesOf,

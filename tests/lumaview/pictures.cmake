@@ -5,15 +5,21 @@ target_link_libraries(picture-outcome PRIVATE lumaview_picture)
 
 add_executable(lumaview_render_test
   ${PROJECT_SOURCE_DIR}/simulator/lumaview/decode/AvifLoops.cpp
-  AvifLoopsTest.cpp TestPictures.cpp RenderGeometryTest.cpp RenderPsnrTest.cpp RenderScaleTest.cpp)
+  AvifLoopsTest.cpp OddFiles.cpp OddFilesTest.cpp TestPictures.cpp RenderGeometryTest.cpp RenderPsnrTest.cpp RenderScaleTest.cpp)
 target_link_libraries(lumaview_render_test PRIVATE lumaview_image GTest::gtest_main)
 gtest_discover_tests(lumaview_render_test)
 
 # Pictures to be shown: those in PICTURES_DIR when the tests run, else a small set made here.
 set(SMALL_PICTURES ${CMAKE_CURRENT_BINARY_DIR}/pictures)
+pkg_check_modules(TEST_JXL IMPORTED_TARGET libjxl libjxl_threads)
+if(TEST_JXL_FOUND)
+  add_executable(ppm-to-jxl ppm-to-jxl.cpp)
+  target_link_libraries(ppm-to-jxl PRIVATE project_options PkgConfig::TEST_JXL)
+  set(PPM_TO_JXL $<TARGET_FILE:ppm-to-jxl>)
+endif()
 add_custom_command(OUTPUT ${SMALL_PICTURES}/MANIFEST.tsv
-  COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/make-pictures ${SMALL_PICTURES}
-  DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/make-pictures)
+  COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/make-pictures ${SMALL_PICTURES} ${PPM_TO_JXL}
+  DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/make-pictures ${PPM_TO_JXL})
 add_custom_target(small_pictures DEPENDS ${SMALL_PICTURES}/MANIFEST.tsv)
 
 add_executable(lumaview_pictures_test FindsTest.cpp TestPictures.cpp PictureSet.cpp PicturesLookTest.cpp PicturesTest.cpp)
