@@ -175,6 +175,18 @@ TEST_F(GivenWhiteScreen, PauseDuringAnEffectTakesThePictureOffAndResumeShowsTheN
   EXPECT_THAT(LogOfTheEffects(), Not(HasSubstr("OnEffectEventCB")));
 }
 
+TEST_F(GivenTelevision, ASlideShowTellsItsFramesAndThePictureThatNoTransitionCouldShow) {
+  const std::string words = FileWith("words.jpg", "These are words, not a picture.");
+
+  const Outcome outcome = Run({"run", "--interval=0", "--duration=200", "--effect=random", Plain("white", 1600, 900),
+                               words, Plain("navy", 1600, 900)});
+
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_THAT(outcome.output, ContainsRegex("2/3. [^\n]*words.jpg  NOT SHOWN: [^\n]*known"));
+  EXPECT_THAT(outcome.output, ContainsRegex("3/3. [^\n]*navy.png  shown"));
+  EXPECT_THAT(outcome.output, ContainsRegex("\nFrames: [0-9]+ shown, [0-9]+ skipped .* worst gap [0-9]+ ms\n"));
+}
+
 TEST_F(GivenTelevision, AnEffectWithoutAPathIsRefusedBeforeAnythingIsLocked) {
   const Outcome outcome = Play("EffectShow 0\nexpect 0\nSetTransitionEffect -2\nexpect 0\n");
 

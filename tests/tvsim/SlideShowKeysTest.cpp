@@ -196,6 +196,17 @@ TEST_F(GivenTerminal, TheQuittingKeyDoesNotWaitForASilentPicture) {
   EXPECT_EQ(End(), 0) << ContentsOf(PathOf("errors"));
 }
 
+TEST_F(GivenTerminal, AnInterruptedShowTellsItsFramesToo) {
+  Play({"--effect=dissolve"});
+  AwaitShown("a.png", 1);
+  Type("n");
+  AwaitShown("b.png", 2);
+  Signal(SIGTERM);
+
+  EXPECT_EQ(End(), 1);
+  EXPECT_THAT(ContentsOf(PathOf("output")), HasSubstr("\nFrames: 59 shown, 1 skipped"));
+}
+
 TEST_F(GivenTerminal, TheTerminalIsItselfAgainHoweverItEnds) {
   ASSERT_TRUE(ShowsWhatIsTyped());
   for (const bool by_key : {true, false}) {

@@ -75,12 +75,9 @@ int SlideShow::Play() {
   return all_shown ? kDone : kFailed;
 }
 
-/// Ends the engine's showing, and tells about the frames.
+/// Ends the engine's showing, unless it is over with the session, and tells about the frames.
 bool SlideShow::Finish() {
-  if (!m_television.Interruption().empty()) {
-    return true;
-  }
-  const bool stopped = Succeeded(m_television.Execute("Stop", {}));
+  const bool stopped = !m_television.Interruption().empty() || Succeeded(m_television.Execute("Stop", {}));
   if (!stopped) {
     Complain("the engine does not stop in good order");
   }
