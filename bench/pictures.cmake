@@ -14,13 +14,16 @@ target_link_libraries(decode_floor PRIVATE jpeg_floor)
 add_executable(put_floor pictures/put_floor.cpp)
 target_link_libraries(put_floor PRIVATE jpeg_floor PkgConfig::BENCH_SHM)
 
+add_executable(screen_watch pictures/screen_watch.cpp)
+target_link_libraries(screen_watch PRIVATE project_options PkgConfig::BENCH_SHM)
+
 add_executable(bare_start pictures/bare_start.cpp)
 target_link_libraries(bare_start PRIVATE project_options PkgConfig::BENCH_START)
 
 add_executable(stop_delay pictures/stop_delay.cpp)
 target_link_libraries(stop_delay PRIVATE lumaview_image)
 
-add_custom_target(pictures_bench DEPENDS decode_floor put_floor bare_start stop_delay)
+add_custom_target(pictures_bench DEPENDS decode_floor put_floor screen_watch bare_start stop_delay)
 if(BENCH_JXL_FOUND AND NOT TARGET ppm-to-jxl)
   add_executable(ppm-to-jxl ${PROJECT_SOURCE_DIR}/tests/lumaview/ppm-to-jxl.cpp)
   target_link_libraries(ppm-to-jxl PRIVATE project_options PkgConfig::BENCH_JXL)
