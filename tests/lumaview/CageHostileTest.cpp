@@ -12,7 +12,7 @@
 #include <string>
 
 #include "platform/lumaview.h"
-#include "simulator/lumaview/cage/Cage.h"
+#include "simulator/lumaview/cage/CageFinding.h"
 #include "tests/lumaview/PictureFiles.h"
 #include "tests/lumaview/Processes.h"
 #include "tests/lumaview/Screen.h"

@@ -2,7 +2,10 @@
 // Pictures that are decoded in processes of their own.
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <seccomp.h>
 #include <sys/mman.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -11,7 +14,9 @@
 #include <set>
 #include <thread>
 
+#include "simulator/lumaview/cage/Bars.h"
 #include "simulator/lumaview/cage/Cage.h"
+#include "simulator/lumaview/cage/CageFinding.h"
 #include "simulator/lumaview/cage/Message.h"
 #include "simulator/lumaview/picture/FrameStream.h"
 #include "tests/lumaview/PictureFiles.h"
@@ -164,6 +169,34 @@ TEST_F(GivenCage, LosingAllProcessesIsNoticed) {
   EXPECT_FALSE(OpenCagedStream(*cage, *PictureFile::Open(path), NeverCancelled()));
 
   EXPECT_FALSE(cage->IsUp());
+}
+
+/// As in containers that keep these calls for themselves. For good, so in a process of its own.
+bool ForbidConfining() {
+  const scmp_filter_ctx filter = seccomp_init(SCMP_ACT_ALLOW);
+  const uint32_t refuse = SCMP_ACT_ERRNO(ENOSYS);
+  seccomp_rule_add(filter, refuse, SCMP_SYS(landlock_create_ruleset), 0);
+  seccomp_rule_add(filter, refuse, SCMP_SYS(seccomp), 0);
+  seccomp_rule_add(filter, refuse, SCMP_SYS(prctl), 1, SCMP_A0(SCMP_CMP_EQ, PR_SET_SECCOMP));
+  return seccomp_load(filter) == 0;
+}
+
+TEST_F(GivenCage, WithoutItsBarsPicturesStillHaveProcessesOfTheirOwn) {
+  cage.reset();
+  const auto path = folder.WritePng("red.png", 64, 48, Solid(0xFF0000));
+  const pid_t child = fork();
+  if (child == 0) {
+    const bool unbarred = ForbidConfining() && cage::TryBars() == 0;
+    auto started = Cage::Start();
+    const auto stream =
+        started ? OpenCagedStream(**started, *PictureFile::Open(path), NeverCancelled()) : started.error();
+    const bool shown = stream && (*stream)->RenderNext(View{}, kWindow);
+    _exit(unbarred && shown ? 0 : 1);
+  }
+  int status = -1;
+  waitpid(child, &status, 0);
+
+  EXPECT_EQ(status, 0);
 }
 
 TEST(GivenProcessWithThreads, CageIsNotStarted) {

@@ -14,13 +14,26 @@ add_custom_command(TARGET lumaview_hostile POST_BUILD
 
 add_executable(lumaview_cage_hostile_test CageHostileTest.cpp Processes.cpp)
 add_dependencies(lumaview_cage_hostile_test lumaview_hostile)
-target_link_libraries(lumaview_cage_hostile_test PRIVATE lumaview_test_kit lumaview_cage)
+target_link_libraries(lumaview_cage_hostile_test PRIVATE lumaview_test_kit lumaview_bars)
 target_link_options(lumaview_cage_hostile_test PRIVATE -Wl,--enable-new-dtags)
 add_test(NAME lumaview.cage.hostile COMMAND lumaview_cage_hostile_test)
 set_tests_properties(lumaview.cage.hostile PROPERTIES TIMEOUT 120
   ENVIRONMENT "LUMAVIEW_CAGE=on;LUMAVIEW_LIMITS=seconds=1;LD_LIBRARY_PATH=${hostile};OLM_LOG_FILE=${hostile}/log")
 
+pkg_check_modules(LIBSECCOMP REQUIRED IMPORTED_TARGET libseccomp)
 add_executable(lumaview_cage_test CageTest.cpp Processes.cpp)
-target_link_libraries(lumaview_cage_test PRIVATE lumaview_test_kit lumaview_picture)
+target_link_libraries(lumaview_cage_test PRIVATE lumaview_test_kit lumaview_picture PkgConfig::LIBSECCOMP)
 add_test(NAME lumaview.cage COMMAND lumaview_cage_test)
 set_tests_properties(lumaview.cage PROPERTIES TIMEOUT 120 ENVIRONMENT LUMAVIEW_CAGE=on)
+
+# Files that change under the decoder: a short form of script/changing-files.
+add_executable(changing-files changing-files.cpp)
+add_dependencies(changing-files small_pictures)
+target_link_libraries(changing-files PRIVATE lumaview_picture)
+if(NOT PICTURE_SANITIZERS)
+  add_test(NAME lumaview.cage.changing-files COMMAND changing-files 40
+    ${SMALL_PICTURES}/valid/jpeg/own-photo-384x256.jpg ${SMALL_PICTURES}/valid/jpeg/own-photo-384x256-progressive.jpg
+    ${SMALL_PICTURES}/valid/png/interlaced-16-bit.png ${SMALL_PICTURES}/valid/webp/own-photo-384x256-lossless.webp
+    ${SMALL_PICTURES}/valid/tiff/tiled-16-bit.tif)
+  set_tests_properties(lumaview.cage.changing-files PROPERTIES TIMEOUT 120)
+endif()

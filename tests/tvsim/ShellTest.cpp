@@ -68,7 +68,7 @@ TEST_F(GivenTools, DoctorNamesWhatASessionNeeds) {
 
   EXPECT_EQ(outcome.status, 2);
   EXPECT_THAT(outcome.output, HasSubstr("missing engine: no '/nowhere/engine'"));
-  for (const char* what : {"X server", "Xvfb", "namespaces", "openbox", "runtime folder", "limits"}) {
+  for (const char* what : {"X server", "Xvfb", "namespaces", "openbox", "decoders", "runtime folder", "limits"}) {
     EXPECT_THAT(outcome.output, HasSubstr(what));
   }
 }

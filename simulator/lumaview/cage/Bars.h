@@ -12,6 +12,7 @@ namespace sim::lumaview::cage {
 enum Bar : uint32_t {
   kFileBar = 1,  ///< landlock: no path leads anywhere
   kCallBar = 2,  ///< seccomp: the calls that decoding needs and no others
+  kAllBars = kFileBar | kCallBar,
 };
 
 /// The channel's descriptor in a child; the calls' filter knows it by this number.

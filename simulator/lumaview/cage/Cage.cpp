@@ -7,14 +7,13 @@
 
 #include <array>
 #include <cerrno>
-#include <cstdlib>
 #include <filesystem>
 #include <iterator>
-#include <string_view>
 #include <utility>
 
 #include "simulator/base/Log.h"
 #include "simulator/lumaview/cage/Bars.h"
+#include "simulator/lumaview/cage/CageFinding.h"
 #include "simulator/lumaview/cage/Message.h"
 #include "simulator/lumaview/decode/Formats.h"
 #include "simulator/lumaview/image/Colour.h"
@@ -27,25 +26,6 @@ using cage::Verb;
 
 /// What most pictures need, loaded before the first one comes.
 constexpr const char* kFirstModules[] = {"jpeg", "png", kColourModule};
-
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool kIsInstrumented = true;  // their run-time libraries need calls and memory that the cage forbids
-#else
-constexpr bool kIsInstrumented = false;
-#endif
-
-/// Why pictures are not to be decoded in processes of their own; null when they are.
-const char* ReasonAgainstCage() {
-  const char* wanted = std::getenv("LUMAVIEW_CAGE");
-  if (wanted != nullptr && std::string_view(wanted) == "off") {
-    return "LUMAVIEW_CAGE is off";
-  }
-  if (kIsInstrumented) {
-    return "this build is instrumented";
-  }
-  const bool asked = wanted != nullptr && std::string_view(wanted) == "on";
-  return LUMAVIEW_CAGE_BY_DEFAULT || asked ? nullptr : "it was built without PICTURE_CAGE";
-}
 
 bool HasOneThread() {
   std::error_code error;
@@ -152,7 +132,7 @@ void Cage::NoteBars(uint32_t bars) {
   if (std::exchange(m_logged, true)) {
     return;
   }
-  const bool whole = bars == (cage::kFileBar | cage::kCallBar);
+  const bool whole = bars == cage::kAllBars;
   Log(whole ? LogLevel::kInfo : LogLevel::kWarning, "lumaview",
       "pictures are decoded in processes of their own: " + cage::DescribeBars(bars));
 }
@@ -180,14 +160,6 @@ void StartCage() {
 
 void StopCage() {
   TheCage().reset();
-}
-
-CageFinding ExamineCage() {
-  if (const char* reason = ReasonAgainstCage(); reason != nullptr) {
-    return {false, std::string("pictures are decoded in the engine: ") + reason};
-  }
-  const uint32_t bars = cage::TryBars();
-  return {bars == (cage::kFileBar | cage::kCallBar), cage::DescribeBars(bars)};
 }
 
 }  // namespace sim::lumaview

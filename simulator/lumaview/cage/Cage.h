@@ -58,13 +58,6 @@ void StartCage();
 /// Ends it, for tests and tools. No stream may be open.
 void StopCage();
 
-/// What `StartCage` would do here, in words.
-struct CageFinding {
-  bool is_whole = false;  ///< up, and every bar holds
-  std::string text;
-};
-CageFinding ExamineCage();
-
 }  // namespace sim::lumaview
 
 #endif

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "simulator/lumaview/cage/CageFinding.h"
 #include "simulator/tvsim/process/ChildProcess.h"
 #include "simulator/tvsim/process/Namespaces.h"
 #include "simulator/tvsim/screen/Screen.h"
@@ -100,6 +101,14 @@ Finding ExamineFormats() {
                          : Good("formats", text);
 }
 
+/// Pictures come from anywhere; what their decoders could do is told here, as the engine tells it only in its log.
+Finding ExamineCage() {
+  const lumaview::CageFinding cage = lumaview::ExamineCage();
+  return cage.is_whole ? Good("decoders", "in processes of their own: " + cage.text)
+                       : Finding{Health::kLacking, "decoders", cage.text,
+                                 "a kernel with landlock, seccomp allowed, LUMAVIEW_CAGE unset"};
+}
+
 Finding ExamineRuntimeFolder() {
   const auto folder = RuntimeFolder::Create("doctor");
   if (!folder) {
@@ -130,6 +139,7 @@ std::vector<Finding> Examine(const std::string& engine) {
   findings.push_back(ExamineCompanion("xcompmgr", "so no --compositor"));
   findings.push_back(ExamineEngine(engine));
   findings.push_back(ExamineFormats());
+  findings.push_back(ExamineCage());
   findings.push_back(ExamineRuntimeFolder());
   findings.push_back(ExamineLimits());
   return findings;
