@@ -71,29 +71,29 @@ export class EmpError extends Error {
 export class Emp {
   #url;
   #WebSocket;
-  #socket = null;
-  #retry = null;
+  #socket = /** @type {WebSocket | null} */ (null);
+  #retry = /** @type {*} a timer, whatever the platform makes of it */ (undefined);
   #attempts = 0;
-  #connected = Promise.resolve([]);
+  #connected = /** @type {Promise<PlayerEvent[]>} */ (Promise.resolve([]));
   #state = /** @type {ConnectionState} */ ('closed');
   #nextId = 1;
   #pending = new Map();
   #listeners = new Map();
   #lastSequence = 0;
   /** Events that came while the missed ones are being asked for; null when none are. */
-  #held = null;
+  #held = /** @type {PlayerEvent[] | null} */ (null);
 
   /**
    * @param {string} url of the television's WebSocket, with its token
    * @param {object} [options]
-   * @param {typeof WebSocket} [options.WebSocket] the class to connect with, where there is no global one
+   * @param {typeof globalThis.WebSocket} [options.WebSocket] the class to connect with, where there is no global one
    */
-  constructor(url, {WebSocket = globalThis.WebSocket} = {}) {
-    if (!WebSocket) {
+  constructor(url, {WebSocket: Socket = globalThis.WebSocket} = {}) {
+    if (!Socket) {
       throw new EmpError('this platform has no WebSocket: pass the class of a package as {WebSocket}', NOT_CONNECTED);
     }
     this.#url = url;
-    this.#WebSocket = WebSocket;
+    this.#WebSocket = Socket;
   }
 
   /** @returns {ConnectionState} */
@@ -225,15 +225,16 @@ export class Emp {
   /**
    * Calls any method of the television.
    * @param {string} method
-   * @param {object | Array} [params]
+   * @param {object | Array<*>} [params]
    * @returns {Promise<*>} rejects with an EmpError
    */
   call(method, params) {
-    if (this.#socket?.readyState !== this.#WebSocket.OPEN) {
+    const socket = this.#socket;
+    if (socket?.readyState !== this.#WebSocket.OPEN) {
       return Promise.reject(new EmpError('there is no connection to the television', NOT_CONNECTED));
     }
     const id = this.#nextId++;
-    this.#socket.send(JSON.stringify({jsonrpc: '2.0', id, method, params}));
+    socket.send(JSON.stringify({jsonrpc: '2.0', id, method, params}));
     return new Promise((resolve, reject) => this.#pending.set(id, {resolve, reject}));
   }
 
@@ -253,6 +254,7 @@ export class Emp {
     }
   }
 
+  /** @param {ConnectionState} state */
   #setState(state) {
     if (state !== this.#state) {
       this.#state = state;
@@ -260,6 +262,7 @@ export class Emp {
     }
   }
 
+  /** @param {string} method @param {*} params */
   #tell(method, params) {
     for (const listener of [...(this.#listeners.get(method) ?? [])]) {
       listener(params);
@@ -271,7 +274,7 @@ export class Emp {
     this.#socket = socket;
     this.#held = [];
     return new Promise((resolve, reject) => {
-      socket.addEventListener('open', () => resolve());
+      socket.addEventListener('open', resolve);
       socket.addEventListener('message', ({data}) => this.#onMessage(data));
       socket.addEventListener('error', () => {});  // "close" follows, and a Node class throws without a listener
       socket.addEventListener('close', () => {
@@ -312,6 +315,7 @@ export class Emp {
     }
   }
 
+  /** @param {string} text */
   #onMessage(text) {
     const message = JSON.parse(text);
     for (const one of Array.isArray(message) ? message : [message]) {
@@ -323,6 +327,7 @@ export class Emp {
     }
   }
 
+  /** @param {{id: number, result?: *, error?: {message: string, code: number, data?: *}}} answer */
   #onAnswer({id, result, error}) {
     const call = this.#pending.get(id);
     this.#pending.delete(id);
@@ -333,6 +338,7 @@ export class Emp {
     }
   }
 
+  /** @param {string} method @param {*} params */
   #onNotification(method, params) {
     if (method === EVENT) {
       this.#onEvent(params);
@@ -345,6 +351,7 @@ export class Emp {
     this.#tell(method, params);
   }
 
+  /** @param {PlayerEvent} event */
   #onEvent(event) {
     if (this.#held) {
       this.#held.push(event);
@@ -363,6 +370,7 @@ export class Emp {
     this.#release(events);
   }
 
+  /** @param {PlayerEvent[]} missed */
   #release(missed) {
     const held = this.#held ?? [];
     this.#held = null;

@@ -21,7 +21,7 @@ export const MOVES = {up: 0, down: 1, left: 2, right: 3};
 
 export class Player extends EventTarget {
   #emp;
-  #work = Promise.resolve();
+  #work = /** @type {Promise<*>} */ (Promise.resolve());
   #waiting = 0;
   #timer = null;
   /** "InitPlayer" was done, so that "ChangePlayingURL" is next. */
@@ -143,12 +143,12 @@ export class Player extends EventTarget {
     });
   }
 
-  /** As `#enqueue`; but who holds a key down does not fill the queue. */
-  #enqueueUnlessBusy(work) {
-    return this.#waiting > MOST_WAITING ? Promise.resolve(false) : this.#enqueue(work);
+  /** @returns {Promise<boolean>} as `#enqueue`; but who holds a key down does not fill the queue. */
+  async #enqueueUnlessBusy(work) {
+    return this.#waiting <= MOST_WAITING && this.#enqueue(work);
   }
 
-  /** One thing after the other. */
+  /** One thing after the other. @returns {Promise<*>} what `work` returns; false where it was not done */
   #enqueue(work) {
     ++this.#waiting;
     const done = this.#work.then(work).catch((error) => this.#fail(error.message)).finally(() => --this.#waiting);
