@@ -56,7 +56,8 @@ export class Television {
   }
 
   async #start(args) {
-    this.process = spawn(path.join(BINARIES, 'tvsim'), args, {
+    // However the test ends, its television ends too.
+    this.process = spawn('setpriv', ['--pdeathsig', 'TERM', path.join(BINARIES, 'tvsim'), ...args], {
       env: {...process.env, XDG_RUNTIME_DIR: this.folder, OLM_LOG_FILE: ''},
       stdio: ['ignore', 'pipe', 'pipe'],
     });
