@@ -88,10 +88,10 @@ TEST_F(GivenAnEngine, RunGivesItsLibraryTheWayToShow) {
     return log.substr(log.rfind("environment "));
   };
 
-  EXPECT_THAT(environment_with({}), testing::StartsWith("environment 1000 fit 0\n"));
-  EXPECT_THAT(environment_with({"--fit", "--duration=200"}), testing::StartsWith("environment 200 fit 0\n"));
-  EXPECT_THAT(environment_with({"--fill"}), testing::StartsWith("environment 1000 fill 0\n"));
-  EXPECT_THAT(environment_with({"--ken-burns"}), testing::StartsWith("environment 1000 fit 2500\n"));
+  EXPECT_THAT(environment_with({}), testing::StartsWith("environment 1000 - -\n"));
+  EXPECT_THAT(environment_with({"--fit", "--duration=200"}), testing::StartsWith("environment 200 fit -\n"));
+  EXPECT_THAT(environment_with({"--fill"}), testing::StartsWith("environment 1000 fill -\n"));
+  EXPECT_THAT(environment_with({"--ken-burns"}), testing::StartsWith("environment 1000 - 2500\n"));
   EXPECT_EQ(Run({"run", "--fit", "--fill", picture}).status, 2);
 }
 

@@ -15,7 +15,7 @@ struct RunOptions {
   std::vector<std::string> arguments;
   double interval = 3;
   int transition_ms = 1000;
-  bool fill = false;
+  const char* fit = nullptr;  ///< as LUMAVIEW_FIT has it; null: as it is set already
   bool ken_burns = false;
 };
 
@@ -29,12 +29,16 @@ std::string ParseArea(const std::string& text, std::array<int, 4>& area) {
   return read && text.c_str()[end] == '\0' ? "" : "an area is written like 240,60,480,270";
 }
 
-/// What the engine's picture library takes from its environment.
+/// What the engine's picture library takes from its environment, which stays as it is where no option says otherwise.
 void SetLibrarysEnvironment(const RunOptions& options) {
   setenv("LUMAVIEW_EFFECT_MS", std::to_string(options.transition_ms).c_str(), 1);
-  setenv("LUMAVIEW_FIT", options.fill ? "fill" : "fit", 1);
-  const auto moves_ms = options.show.interval.count() + kKenBurnsReserveMs;
-  setenv("LUMAVIEW_KEN_BURNS", std::to_string(options.ken_burns ? moves_ms : 0).c_str(), 1);
+  if (options.fit != nullptr) {
+    setenv("LUMAVIEW_FIT", options.fit, 1);
+  }
+  if (options.ken_burns) {
+    const auto moves_ms = options.show.interval.count() + kKenBurnsReserveMs;
+    setenv("LUMAVIEW_KEN_BURNS", std::to_string(moves_ms).c_str(), 1);
+  }
 }
 
 int Run(RunOptions& options) {
@@ -76,8 +80,10 @@ void AddShowOptions(CLI::App& app, RunOptions& options) {
       ->capture_default_str()
       ->check(CLI::Range(0, 60000));
   auto* fit = app.add_flag_callback(
-      "--fit", [&options] { options.fill = false; }, "The whole picture in the window; the default");
-  app.add_flag("--fill", options.fill, "The whole window covered; what sticks out is cut off")->excludes(fit);
+      "--fit", [&options] { options.fit = "fit"; }, "The whole picture in the window; the default");
+  app.add_flag_callback(
+         "--fill", [&options] { options.fit = "fill"; }, "The whole window covered; what sticks out is cut off")
+      ->excludes(fit);
   app.add_flag("--ken-burns", options.ken_burns, "Each picture covers the window, and pans and zooms while it stands")
       ->excludes(fit);
   app.add_flag("--loop", options.show.loop, "Begin again after the last picture");
