@@ -218,10 +218,10 @@ struct StretchSource {
     return stretch.step >= 0 && stretch.step <= kOnePixel && begin >= 0 && begin / kOnePixel + Lanes() < stretch.width;
   }
 
-  /// Gathering costs more than reading the whole stretch of the row, unless that is far longer than what is kept of it.
-  static constexpr int kFarthestStep = 16 * kOnePixel;
+  /// Gathering costs more than reading the whole stretch of the row, unless that is far longer than what is kept of it;
+  /// the fewer pixels a vector has, the sooner.
   HWY_INLINE bool AreNear(int32_t begin) const {
-    return stretch.step > kOnePixel && stretch.step <= kFarthestStep && begin >= 0 &&
+    return stretch.step > kOnePixel && stretch.step <= Lanes() * kOnePixel && begin >= 0 &&
            LastLeft(begin) + Lanes() < stretch.width;
   }
   HWY_INLINE int LastLeft(int32_t begin) const { return (begin + (Lanes() - 1) * stretch.step) / kOnePixel; }
