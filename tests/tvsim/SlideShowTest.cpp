@@ -84,14 +84,13 @@ TEST_F(GivenAnEngine, RunGivesItsLibraryTheWayToShow) {
     std::vector<std::string> arguments = {"run", "--interval=0.5", picture};
     arguments.insert(arguments.end(), options.begin(), options.end());
     EXPECT_EQ(Run(arguments).status, 0);
-    const std::string log = EngineLog();
-    return log.substr(log.rfind("environment "));
+    return ContentsOf(PathOf("engine.log.environment"));
   };
 
-  EXPECT_THAT(environment_with({}), testing::StartsWith("environment 1000 - -\n"));
-  EXPECT_THAT(environment_with({"--fit", "--duration=200"}), testing::StartsWith("environment 200 fit -\n"));
-  EXPECT_THAT(environment_with({"--fill"}), testing::StartsWith("environment 1000 fill -\n"));
-  EXPECT_THAT(environment_with({"--ken-burns"}), testing::StartsWith("environment 1000 - 2500\n"));
+  EXPECT_THAT(environment_with({}), testing::Eq("1000 - -"));
+  EXPECT_THAT(environment_with({"--fit", "--duration=200"}), testing::Eq("200 fit -"));
+  EXPECT_THAT(environment_with({"--fill"}), testing::Eq("1000 fill -"));
+  EXPECT_THAT(environment_with({"--ken-burns"}), testing::Eq("1000 - 2500"));
   EXPECT_EQ(Run({"run", "--fit", "--fill", picture}).status, 2);
 }
 
