@@ -82,6 +82,106 @@ describe('attempts to connect again', () => {
   });
 });
 
+describe('events that were missed', () => {
+  /** A WebSocket whose other side is the test. */
+  class Socket extends EventTarget {
+    static OPEN = 1;
+    static newest;
+    asked = [];
+
+    constructor() {
+      super();
+      Socket.newest = this;
+      queueMicrotask(() => {
+        this.readyState = Socket.OPEN;
+        this.dispatchEvent(new Event('open'));
+      });
+    }
+
+    send(text) {
+      this.asked.push(JSON.parse(text));
+    }
+
+    close() {
+      this.dispatchEvent(new Event('close'));
+    }
+
+    say(message) {
+      this.dispatchEvent(new MessageEvent('message', {data: JSON.stringify({jsonrpc: '2.0', ...message})}));
+    }
+
+    sayEvent(sequence) {
+      this.say({method: 'engine.event', params: {sequence}});
+    }
+
+    /** Answers the question for past events. */
+    answer(sequences, missing = 0) {
+      const {id} = this.asked.pop();
+      this.say({id, result: {events: sequences.map((sequence) => ({sequence})), missing}});
+    }
+  }
+
+  const turn = () => new Promise(setImmediate);
+  let emp, heard;
+
+  /** Connected, with events up to 3 known. */
+  beforeEach(async () => {
+    heard = [];
+    emp = new Emp('ws://nowhere', {WebSocket: Socket});
+    emp.onEvent(({sequence}) => heard.push(sequence));
+    const connected = emp.connect();
+    await turn();
+    Socket.newest.answer([1, 2, 3]);
+    await connected;
+  });
+  afterEach(() => {
+    emp.disconnect();
+    mock.timers.reset();
+  });
+
+  async function loseConnection() {
+    mock.timers.enable({apis: ['setTimeout']});
+    Socket.newest.close();
+    mock.timers.tick(250);
+    await turn();
+  }
+
+  test('are asked for from the last one on', async () => {
+    Socket.newest.sayEvent(4);
+    await loseConnection();
+    assert.deepEqual(Socket.newest.asked.map(({method, params}) => [method, params]), [['events.since', {sequence: 4}]]);
+  });
+
+  test('come before those that came while they were asked for, and each once', async () => {
+    await loseConnection();
+    Socket.newest.sayEvent(6);
+    Socket.newest.sayEvent(7);
+    assert.deepEqual(heard, []);
+    Socket.newest.answer([4, 5, 6]);
+    await turn();
+    assert.deepEqual(heard, [4, 5, 6, 7]);
+    Socket.newest.sayEvent(8);
+    assert.deepEqual(heard, [4, 5, 6, 7, 8]);
+  });
+
+  test('are asked for too when the television says that it left some out', async () => {
+    Socket.newest.say({method: 'session.lost', params: {count: 2}});
+    Socket.newest.sayEvent(6);
+    Socket.newest.answer([4, 5, 6]);
+    await turn();
+    assert.deepEqual(heard, [4, 5, 6]);
+  });
+
+  test('are counted where they are forgotten', async () => {
+    const counts = [];
+    emp.onMissing((count) => counts.push(count));
+    await loseConnection();
+    Socket.newest.answer([2000], 1996);
+    await turn();
+    assert.deepEqual([counts, heard], [[1996], [2000]]);
+  });
+});
+
 describe('a line of the log', () => {
   const pieces = (line) => colouredPieces(line).map(({text, colour}) => [text, colour]);
 
