@@ -6,12 +6,9 @@ import time
 from pathlib import Path
 
 KIBIBYTE = 1024
+# The library takes all pages of such memory at once, so that what is mapped is there.
+SHARED_MEMORY = ("/memfd:", "/SYSV", "/dev/shm/")
 CPU_CLOCK_OF_PROCESS = 2  # the kernel's CPUCLOCK_SCHED
-
-
-def cpu_milliseconds(pid):
-    """User and system time of all threads, those that have ended too."""
-    return time.clock_gettime((~pid << 3) | CPU_CLOCK_OF_PROCESS) * 1e3
 
 
 def family(pid):
@@ -26,22 +23,46 @@ def family(pid):
     return found
 
 
-def own_bytes(pid):
-    """RssAnon + RssShmem; 0 when the process is gone. Pages of files, which the system can take back, do not count."""
+def _lines(pid, name):
     try:
-        status = Path(f"/proc/{pid}/status").read_text()
+        return Path(f"/proc/{pid}/{name}").read_text().splitlines()
     except OSError:
-        return 0
-    return sum(int(line.split()[1]) for line in status.splitlines()
-               if line.startswith(("RssAnon:", "RssShmem:"))) * KIBIBYTE
+        return []  # the process is gone
+
+
+def own_bytes(pid):
+    """What the process and its descendants own: private memory, and shared memory, each piece once however many map it.
+    Pages of files, which the system can take back, do not count."""
+    private, shared = 0, {}
+    for member in family(pid):
+        private += sum(int(line.split()[1]) for line in _lines(member, "status") if line.startswith("RssAnon:")) * KIBIBYTE
+        mapped = {}
+        for line in _lines(member, "maps"):
+            if any(kind in line for kind in SHARED_MEMORY):
+                addresses, _, _, *identity = line.split(maxsplit=5)[:5]
+                begin, end = (int(address, 16) for address in addresses.split("-"))
+                mapped[tuple(identity)] = mapped.get(tuple(identity), 0) + end - begin
+        for identity, size in mapped.items():
+            shared[identity] = max(shared.get(identity, 0), size)
+    return private + sum(shared.values())
+
+
+def cpu_milliseconds(pid):
+    """User and system time of the process and its descendants, their threads that have ended included."""
+    taken = 0
+    for member in family(pid):
+        try:
+            taken += time.clock_gettime((~member << 3) | CPU_CLOCK_OF_PROCESS) * 1e3
+        except OSError:
+            continue  # it is gone
+    return taken
 
 
 def wake_ups(pid):
-    """How often any thread gave its core away or lost it."""
-    count = 0
-    for status in Path(f"/proc/{pid}/task").glob("*/status"):
-        count += sum(int(line.split()[1]) for line in status.read_text().splitlines() if "_ctxt_switches:" in line)
-    return count
+    """How often any thread of the process and its descendants gave its core away or lost it."""
+    statuses = [status for member in family(pid) for status in Path(f"/proc/{member}/task").glob("*/status")]
+    return sum(int(line.split()[1]) for status in statuses for line in status.read_text().splitlines()
+               if "_ctxt_switches:" in line)
 
 
 def libraries(pid):
@@ -51,8 +72,7 @@ def libraries(pid):
 
 
 class Peak:
-    """Samples what a process and its children own, every millisecond while the block runs. Shared buffers are mapped
-    once by the engine, so that its own numbers count each once."""
+    """Samples what a process and its descendants own, every millisecond while the block runs."""
 
     def __init__(self, pid):
         self.pid, self.bytes = pid, 0
@@ -69,4 +89,4 @@ class Peak:
 
     def _sample(self):
         while not self._over.wait(0.001):
-            self.bytes = max(self.bytes, sum(map(own_bytes, family(self.pid))))
+            self.bytes = max(self.bytes, own_bytes(self.pid))
