@@ -4,6 +4,7 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <cstdint>
 #include <utility>
 
 namespace sim::lumaview {
@@ -22,18 +23,21 @@ class Mapping {
     Reset();
     const auto page = static_cast<uint64_t>(sysconf(_SC_PAGESIZE));
     const uint64_t inside = offset % page;
+    if (bytes + inside > PTRDIFF_MAX) {
+      return false;  // more than 32 bits can address
+    }
+    const auto mapped = static_cast<size_t>(bytes + inside);
     const int flags = file >= 0 ? MAP_SHARED : MAP_PRIVATE | MAP_ANONYMOUS;
-    void* start =
-        mmap(nullptr, bytes + inside, PROT_READ | PROT_WRITE, flags, file, static_cast<off_t>(offset - inside));
+    void* start = mmap(nullptr, mapped, PROT_READ | PROT_WRITE, flags, file, static_cast<off_t>(offset - inside));
     if (start == MAP_FAILED) {
       return false;
     }
     if (file < 0) {
-      madvise(start, bytes, MADV_HUGEPAGE);  // all of it will be written: fewer faults
+      madvise(start, mapped, MADV_HUGEPAGE);  // all of it will be written: fewer faults
     }
     m_start = static_cast<std::byte*>(start);
-    m_bytes = bytes + inside;
-    m_inside = inside;
+    m_bytes = mapped;
+    m_inside = static_cast<size_t>(inside);
     return true;
   }
 
@@ -48,8 +52,8 @@ class Mapping {
   }
 
   std::byte* m_start = nullptr;
-  uint64_t m_bytes = 0;
-  uint64_t m_inside = 0;  ///< from the page's begin to the first wanted byte
+  size_t m_bytes = 0;
+  size_t m_inside = 0;  ///< from the page's begin to the first wanted byte
 };
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <cstdint>
 #include <cstdlib>
 
 #include "simulator/lumaview/decode/Decoder.h"
@@ -74,11 +75,11 @@ size_t Source::Read(std::span<uint8_t> buffer) {
 }
 
 Result<std::vector<uint8_t>> Source::ReadAll() {
-  if (m_size > m_limits.whole_file_bytes) {
+  if (m_size > std::min<uint64_t>(m_limits.whole_file_bytes, PTRDIFF_MAX)) {
     return Error{kOverLimit, "the file has " + std::to_string(m_size) + " bytes, the limit for this format is " +
                                  std::to_string(m_limits.whole_file_bytes)};
   }
-  std::vector<uint8_t> bytes(m_size);
+  std::vector<uint8_t> bytes(static_cast<size_t>(m_size));
   Seek(0);
   bytes.resize(Read(bytes));
   return bytes;
@@ -107,7 +108,9 @@ Status CheckSize(uint64_t width, uint64_t height, const Limits& limits) {
 
 Status CheckWholeSize(uint64_t width, uint64_t height, const Limits& limits) {
   SIM_TRY(CheckSize(width, height, limits));
-  if (width * height > limits.whole_pixels) {
+  // Whatever the limits say, the bytes of all pixels must have a number on this machine.
+  constexpr uint64_t kMostBytesOfPixel = 8;
+  if (width * height > std::min<uint64_t>(limits.whole_pixels, PTRDIFF_MAX / kMostBytesOfPixel)) {
     return Error{kOverLimit, "the picture is too large to be held in memory: " + std::to_string(width) + " x " +
                                  std::to_string(height) + " pixels, the limit of this format is " +
                                  std::to_string(limits.whole_pixels)};

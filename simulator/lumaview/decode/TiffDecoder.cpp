@@ -55,7 +55,7 @@ toff_t OnSize(thandle_t handle) {
 
 TiffHandle OpenTiff(Source& source, Complaint& complaint) {
   const OptionsHandle options(TIFFOpenOptionsAlloc());
-  const auto most = static_cast<tmsize_t>(source.GetLimits().whole_pixels * 4);
+  const auto most = static_cast<tmsize_t>(std::min<uint64_t>(source.GetLimits().whole_pixels * 4, PTRDIFF_MAX));
   TIFFOpenOptionsSetMaxSingleMemAlloc(options.get(), most);
   TIFFOpenOptionsSetErrorHandlerExtR(options.get(), Complaint::Take, &complaint);
   TIFFOpenOptionsSetWarningHandlerExtR(options.get(), Complaint::Ignore, nullptr);

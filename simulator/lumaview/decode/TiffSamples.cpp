@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <cstdint>
 #include <cstring>
 
 namespace sim::lumaview {
@@ -53,9 +54,13 @@ TiffSamples::TiffSamples(TIFF* tiff, const Limits& limits)
   if (!has_size || (!is_integer && !is_float)) {
     return;
   }
-  const size_t per_row = size_t{m_unit_width} * (m_is_planar ? 1u : m_samples);
-  m_unit_row_bytes = (per_row * m_bits + 7) / 8;
-  if (m_unit_row_bytes * m_unit_height <= limits.whole_pixels * 4) {
+  // In 64 bits, also where a size has 32. A band of tiles is as wide as the picture and as high as a tile, which may be
+  // much larger than both.
+  const uint64_t per_row = uint64_t{m_unit_width} * (m_is_planar ? 1u : m_samples);
+  const uint64_t unit_row_bytes = (per_row * m_bits + 7) / 8;
+  const uint64_t most_bytes = std::min<uint64_t>(limits.whole_pixels * 4, PTRDIFF_MAX);
+  if (unit_row_bytes * m_unit_height <= most_bytes && uint64_t{m_width} * m_unit_height <= most_bytes / 4) {
+    m_unit_row_bytes = static_cast<size_t>(unit_row_bytes);
     FindLayout();
   }
 }

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <cstring>
 #include <string>
 
@@ -18,8 +19,10 @@ Error OutOfMemory(size_t bytes, int error) {
   return {kOutOfMemory, "no memory for a frame of " + std::to_string(bytes) + " bytes: " + std::strerror(error)};
 }
 
+/// The highest number where a size_t has too few bits for the right one.
 size_t BytesOf(Size size) {
-  return static_cast<size_t>(size.width) * static_cast<size_t>(size.height) * sizeof(uint32_t);
+  const uint64_t bytes = static_cast<uint64_t>(size.width) * static_cast<uint64_t>(size.height) * sizeof(uint32_t);
+  return static_cast<size_t>(std::min<uint64_t>(bytes, SIZE_MAX));
 }
 
 /// Whether a file that nobody may write can still be mapped the way X servers do it, shared and for reading: kernels
@@ -40,6 +43,9 @@ bool SealedFilesCanBeShared() {
 }  // namespace
 
 Result<UniqueFd> SharedMemory::CreateFile(size_t bytes) {
+  if (bytes > PTRDIFF_MAX) {
+    return OutOfMemory(bytes, ENOMEM);  // no mapping can be that long, so no file is made
+  }
   UniqueFd fd(memfd_create("lumaview-frame", MFD_CLOEXEC | MFD_ALLOW_SEALING));
   if (!fd) {
     return OutOfMemory(bytes, errno);
