@@ -5,7 +5,7 @@ target_link_libraries(picture-outcome PRIVATE lumaview_picture)
 
 add_executable(lumaview_render_test
   ${PROJECT_SOURCE_DIR}/simulator/lumaview/decode/AvifLoops.cpp
-  AvifLoopsTest.cpp OddFiles.cpp OddFilesTest.cpp TestPictures.cpp RenderGeometryTest.cpp RenderPsnrTest.cpp RenderScaleTest.cpp)
+  AvifLoopsTest.cpp InterruptedTest.cpp OddFiles.cpp OddFilesTest.cpp TestPictures.cpp RenderGeometryTest.cpp RenderPsnrTest.cpp RenderScaleTest.cpp)
 target_link_libraries(lumaview_render_test PRIVATE lumaview_image GTest::gtest_main)
 gtest_discover_tests(lumaview_render_test)
 

@@ -26,11 +26,15 @@ int64_t GetPosition(void* user) {
   return static_cast<int64_t>(static_cast<Source*>(user)->GetPosition());
 }
 
-/// Also ends a decode that nobody wants any more: cameras cut their pictures into tiles, each of which is read when its
-/// turn comes. A picture in one piece is decoded to its end.
+/// libheif ends the process when a read fails, so none does: what is not there, because the file has become shorter or
+/// nobody wants the picture any more, is zeros, which is no picture. Cameras cut theirs into tiles and each is read
+/// when its turn comes, so that zeros end the decode at the next one; a picture in one piece is decoded to its end.
 int Read(void* data, size_t size, void* user) {
   auto& source = *static_cast<Source*>(user);
-  return !source.IsCancelled() && source.Read({static_cast<uint8_t*>(data), size}) == size ? 0 : 1;
+  auto* bytes = static_cast<uint8_t*>(data);
+  const size_t read = source.IsCancelled() ? 0 : source.Read({bytes, size});
+  std::fill(bytes + read, bytes + size, uint8_t{0});
+  return 0;
 }
 
 int Seek(int64_t position, void* user) {
