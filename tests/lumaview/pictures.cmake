@@ -28,4 +28,8 @@ target_link_libraries(lumaview_pictures_test PRIVATE lumaview_image GTest::gtest
 target_compile_definitions(lumaview_pictures_test PRIVATE
   FINDS_FOLDER="${CMAKE_CURRENT_SOURCE_DIR}/finds"
   SMALL_PICTURES_FOLDER="${SMALL_PICTURES}" PICTURE_OUTCOME="$<TARGET_FILE:picture-outcome>")
-gtest_discover_tests(lumaview_pictures_test PROPERTIES TIMEOUT 1800)
+# In processes of their own, and in the process itself.
+gtest_discover_tests(lumaview_pictures_test PROPERTIES TIMEOUT 1800 ENVIRONMENT LUMAVIEW_CAGE=on)
+gtest_discover_tests(lumaview_pictures_test
+  TEST_PREFIX in-process. TEST_LIST lumaview_pictures_in_process
+  TEST_FILTER Pictures/* PROPERTIES TIMEOUT 1800 ENVIRONMENT LUMAVIEW_CAGE=off)
