@@ -4,6 +4,7 @@
 #define SIMULATOR_RPC_ANSWER_H
 
 #include <string>
+#include <string_view>
 #include <utility>
 #include <variant>
 
@@ -27,6 +28,18 @@ struct CallError {
   JsonText data{};      ///< more for a program to read; left out of the reply while it is empty
 };
 
+/// Where an error came about and what to do about it; empty ones are left out.
+struct ErrorPlace {
+  std::string_view stage;  ///< "message", "method", "parameters", "rights", "engine", "session"
+  std::string_view method{};
+  std::string_view command{};
+  std::string_view path{};
+  std::string_view hint{};  ///< one sentence without a full stop
+};
+
+/// As an error's data.
+JsonText DataOf(const ErrorPlace& place);
+
 using Answer = std::variant<JsonText, CallError>;
 
 inline Answer Success(JsonText result) {
@@ -34,6 +47,9 @@ inline Answer Success(JsonText result) {
 }
 inline Answer Failure(int code, std::string message) {
   return Answer(CallError{code, std::move(message)});
+}
+inline Answer Failure(int code, std::string message, const ErrorPlace& place) {
+  return Answer(CallError{code, std::move(message), DataOf(place)});
 }
 
 }  // namespace sim::rpc

@@ -41,25 +41,61 @@ std::optional<CallError> RefuseUnknown(const Json& params, const std::vector<Fie
   return std::nullopt;
 }
 
+JsonText ListOf(const std::string& items) {
+  return {"[" + items + "]"};
+}
+
+void Append(std::string& list, const JsonText& item) {
+  list += (list.empty() ? "" : ",") + item.text;
+}
+
 JsonText Describe(const FieldInfo& field) {
-  return ObjectWriter()
-      .Add("name", Quote(field.name))
-      .Add("required", Boolean(field.required))
-      .Add("schema", field.schema)
-      .Take();
+  ObjectWriter object;
+  object.Add("name", Quote(field.name));
+  if (!field.summary.empty()) {
+    object.Add("summary", Quote(field.summary));
+  }
+  return object.Add("required", Boolean(field.required)).Add("schema", field.schema).Take();
+}
+
+JsonText DescribeResult(const MethodNotes& notes) {
+  ObjectWriter object;
+  object.Add("name", Quote("result"));
+  if (!notes.resultText.empty()) {
+    object.Add("description", Quote(notes.resultText));
+  }
+  return object.Add("schema", notes.result).Take();
+}
+
+JsonText DescribeExample(const MethodEntry& method) {
+  std::string params;
+  const Json given = Parse(method.notes.exampleParams.text);
+  for (const auto& item : given.items()) {
+    Append(params, ObjectWriter().Add("name", Quote(item.key())).Add("value", {Dump(item.value())}).Take());
+  }
+  const JsonText result = ObjectWriter().Add("name", Quote("result")).Add("value", method.notes.exampleResult).Take();
+  return ObjectWriter().Add("name", Quote(method.name)).Add("params", ListOf(params)).Add("result", result).Take();
 }
 
 JsonText Describe(const MethodEntry& method) {
-  std::string params;
+  std::string params, errors;
   for (const FieldInfo& field : method.fields) {
-    params += (params.empty() ? "" : ",") + Describe(field).text;
+    Append(params, Describe(field));
   }
-  return ObjectWriter()
-      .Add("name", Quote(method.name))
+  for (const ErrorKind& error : method.notes.errors) {
+    Append(errors, ObjectWriter().Add("code", Number(error.code)).Add("message", Quote(error.message)).Take());
+  }
+  ObjectWriter object;
+  object.Add("name", Quote(method.name))
       .Add("summary", Quote(method.summary))
-      .Add("params", {"[" + params + "]"})
-      .Add("result", {R"({"name":"result","schema":{}})"})
-      .Take();
+      .Add("paramStructure", Quote("either"))
+      .Add("params", ListOf(params))
+      .Add("result", DescribeResult(method.notes))
+      .Add("errors", ListOf(errors));
+  if (!method.notes.exampleParams.text.empty()) {
+    object.Add("examples", ListOf(DescribeExample(method).text));
+  }
+  return object.Add("x-readOnly", Boolean(method.notes.readOnly)).Take();
 }
 
 }  // namespace
@@ -131,6 +167,16 @@ std::optional<CallError> WithParsed(const JsonText& text,
                                     const std::function<std::optional<CallError>(const Json&)>& use) {
   const Json json = Parse(text.text);
   return json.is_structured() ? use(json) : Invalid("parameters have to be an object or a list");
+}
+
+CallError Explained(CallError error, std::string_view method, const std::vector<FieldInfo>& fields) {
+  std::string takes;
+  for (const FieldInfo& field : fields) {
+    takes += (takes.empty() ? "" : ", ") + field.name + (field.required ? "" : " (may be left out)");
+  }
+  const std::string hint = fields.empty() ? "it takes no parameters" : "it takes " + takes;
+  error.data = DataOf({.stage = "parameters", .method = method, .hint = hint});
+  return error;
 }
 
 const MethodEntry* Binder::Find(std::string_view name) const {

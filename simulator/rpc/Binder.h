@@ -44,6 +44,7 @@ struct FieldInfo {
   std::string name;
   bool required = false;
   JsonText schema;
+  std::string summary{};
 };
 
 template <typename P>
@@ -53,19 +54,19 @@ struct Field {
 };
 
 template <typename P, typename T>
-Field<P> MakeField(const char* name, T P::*member, bool required) {
-  return {{name, required, SchemaOf(static_cast<const T*>(nullptr))},
+Field<P> MakeField(const char* name, T P::*member, bool required, const char* summary) {
+  return {{name, required, SchemaOf(static_cast<const T*>(nullptr)), summary},
           [member](const nlohmann::json& json, P& params) { return ReadParam(json, params.*member); }};
 }
 
 template <typename P, typename T>
-Field<P> Required(const char* name, T P::*member) {
-  return MakeField(name, member, true);
+Field<P> Required(const char* name, T P::*member, const char* summary = "") {
+  return MakeField(name, member, true, summary);
 }
 
 template <typename P, typename T>
-Field<P> Optional(const char* name, T P::*member) {
-  return MakeField(name, member, false);
+Field<P> Optional(const char* name, T P::*member, const char* summary = "") {
+  return MakeField(name, member, false, summary);
 }
 
 /// Matches `params` (an object, a list, or null for none) with `fields`, and hands each to `read` with its field's
@@ -111,21 +112,45 @@ std::optional<P> ReadParams(const JsonText& text, const Fields<P>& fields) {
   return error ? std::nullopt : std::optional<P>(std::move(params));
 }
 
+struct ErrorKind {
+  int code = 0;
+  std::string message;
+};
+
+/// What a method is besides what it does: nothing here is looked at when it is called.
+struct MethodNotes {
+  JsonText result{"{}"};     ///< JSON Schema
+  std::string resultText{};  ///< what the result says
+  std::vector<ErrorKind> errors{};
+  JsonText exampleParams{};  ///< an object; empty: no example
+  JsonText exampleResult{};
+  bool readOnly = false;  ///< calling it changes nothing for anybody else
+};
+
 struct MethodEntry {
   std::string name;
   std::string summary;
   std::vector<FieldInfo> fields;
   std::function<void(const nlohmann::json* params, Reply reply)> run;
+  MethodNotes notes{};
+
+  MethodEntry With(MethodNotes with) && {
+    notes = std::move(with);
+    return std::move(*this);
+  }
 };
+
+/// Adds to an error of the parameters of `method` what it takes.
+CallError Explained(CallError error, std::string_view method, const std::vector<FieldInfo>& fields);
 
 /// One row of the list. `function` takes the parameters and returns an Answer, or takes a Reply too and keeps it.
 template <typename P, typename F>
 MethodEntry Method(const char* name, const char* summary, const Fields<P>& fields, F function) {
   MethodEntry entry{name, summary, fields.Infos(), {}};
-  entry.run = [fields, function = std::move(function)](const nlohmann::json* json, Reply reply) {
+  entry.run = [name, fields, function = std::move(function)](const nlohmann::json* json, Reply reply) {
     P params{};
     if (std::optional<CallError> error = fields.Read(json, params)) {
-      reply(Answer(std::move(*error)));
+      reply(Answer(Explained(std::move(*error), name, fields.Infos())));
     } else if constexpr (std::is_invocable_v<F, P, Reply>) {
       function(std::move(params), std::move(reply));
     } else {
@@ -138,6 +163,8 @@ MethodEntry Method(const char* name, const char* summary, const Fields<P>& field
 class Binder {
  public:
   explicit Binder(std::vector<MethodEntry> methods) : m_methods(std::move(methods)) {}
+
+  const std::vector<MethodEntry>& Methods() const { return m_methods; }
 
   /// The method of that name, or null.
   const MethodEntry* Find(std::string_view name) const;

@@ -7,25 +7,25 @@
 #include <string>
 #include <string_view>
 
+#include "simulator/rpc/Framing.h"
+
 namespace sim::rpc {
 
-/// Cuts a stream of bytes into lines. Holds at most one line of `limit` bytes and what came with its end.
-class LineBuffer {
+/// Messages as lines. Holds at most one line of `limit` bytes and what came with its end.
+class LineBuffer final : public Framing {
  public:
-  struct Line {
-    std::string text;        ///< without its line end; empty when the line was oversized
-    bool oversized = false;  ///< the line was longer than the limit and has been thrown away
-  };
+  using Line = Message;
 
   explicit LineBuffer(size_t limit) : m_limit(limit) {}
 
-  void Append(std::string_view bytes);
-  /// No more bytes come: what stands without a line end is a line too.
-  void End() { FinishLine(); }
+  void Append(std::string_view bytes) override;
+  /// What stands without a line end is a line too.
+  void End() override { FinishLine(); }
 
-  bool HasNext() const { return !m_lines.empty(); }
-  /// The next line that is not empty, in the order of the stream.
-  std::optional<Line> Next();
+  bool HasNext() const override { return !m_lines.empty(); }
+  std::optional<Line> Next() override;
+
+  Envelope Around(std::string_view) const override { return {"", "\n"}; }
 
  private:
   void Extend(std::string_view piece);

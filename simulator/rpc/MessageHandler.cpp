@@ -61,8 +61,23 @@ const char* FindBatchFault(const Json& batch) {
   return batch.size() > kMaxBatch ? tooMany.c_str() : nullptr;
 }
 
-void Refuse(ReplyCollector::Send send, int code, const char* reason) {
-  Reply(std::make_shared<ReplyCollector>(std::move(send), false), {"null"})(Failure(code, reason));
+constexpr const char* kRequestHint = R"(send {"jsonrpc":"2.0","method":...,"params":...,"id":...})";
+
+/// A server that describes itself says so; the methods of any other are few.
+std::string MethodHint(const Binder& binder) {
+  if (binder.Find("rpc.discover") != nullptr) {
+    return "rpc.discover lists the methods";
+  }
+  std::string names;
+  for (const MethodEntry& method : binder.Methods()) {
+    names += (names.empty() ? "there are " : ", ") + method.name;
+  }
+  return names;
+}
+
+void Refuse(ReplyCollector::Send send, int code, const char* reason, const char* hint = kRequestHint) {
+  Reply(std::make_shared<ReplyCollector>(std::move(send), false),
+        {"null"})(Failure(code, reason, {.stage = "message", .hint = hint}));
 }
 
 }  // namespace
@@ -85,19 +100,20 @@ void MessageHandler::Handle(std::string_view message, ReplyCollector::Send send)
 }
 
 void MessageHandler::RefuseOversized(const ReplyCollector::Send& send) {
-  Refuse(send, kInvalidRequest, "the message is too long");
+  Refuse(send, kInvalidRequest, "the message is too long", "a message may have 1 MiB");
 }
 
 void MessageHandler::HandleOne(const Json& request, const std::shared_ptr<ReplyCollector>& collector) const {
   const char* fault = FindFault(request);
   Reply reply(collector, ReplyId(request, fault == nullptr));
   if (fault != nullptr) {
-    return reply(Failure(kInvalidRequest, fault));
+    return reply(Failure(kInvalidRequest, fault, {.stage = "message", .hint = kRequestHint}));
   }
   const std::string name = TextOf(*Member(request, "method"));
   const MethodEntry* method = m_binder.Find(name);
   if (method == nullptr) {
-    return reply(Failure(kMethodNotFound, "there is no method \"" + name + "\""));
+    return reply(Failure(kMethodNotFound, "there is no method \"" + name + "\"",
+                         {.stage = "method", .method = name, .hint = MethodHint(m_binder)}));
   }
   method->run(Member(request, "params"), std::move(reply));
 }

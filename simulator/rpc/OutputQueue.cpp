@@ -42,12 +42,12 @@ bool TakesBytes(int fd, int waitMs) {
 OutputQueue::OutputQueue(UniqueFd out, size_t limit)
     : m_out(OpenForOurselves(std::move(out))), m_isSocket(FileType(m_out.Get()) == S_IFSOCK), m_limit(limit) {}
 
-bool OutputQueue::Send(std::string_view line) {
+bool OutputQueue::Send(std::string_view message, std::string_view before, std::string_view after) {
   const std::lock_guard lock(m_mutex);
   if (m_broken) {
     return false;
   }
-  m_bytes.append(line) += '\n';
+  m_bytes.append(before).append(message).append(after);
   m_broken = !FlushLocked() || m_bytes.size() - m_written > m_limit;
   return !m_broken;
 }

@@ -13,14 +13,15 @@
 
 namespace sim::rpc {
 
-/// Writes lines to a descriptor without ever waiting for its reader. Any thread.
+/// Writes messages to a descriptor without ever waiting for its reader. Any thread.
 class OutputQueue {
  public:
   /// `out`: a socket, pipe, terminal or file, with no other writer. Above `limit` waiting bytes the queue breaks.
   OutputQueue(UniqueFd out, size_t limit);
 
-  /// Writes `line` and a line end, or queues what the reader does not take. False when the queue is broken.
-  bool Send(std::string_view line);
+  /// Writes `message` and what stands around it, a line end where nothing else is said, or queues what the reader does
+  /// not take. False when the queue is broken.
+  bool Send(std::string_view message, std::string_view before = "", std::string_view after = "\n");
 
   /// Writes what the reader takes now. False when the queue is broken: nothing can be written any more.
   bool Flush();

@@ -29,6 +29,21 @@ std::string WriteReply(const JsonText& id, const Answer& answer) {
 
 }  // namespace
 
+JsonText DataOf(const ErrorPlace& place) {
+  ObjectWriter object;
+  const auto add = [&object](const char* name, std::string_view text) {
+    if (!text.empty()) {
+      object.Add(name, Quote(text));
+    }
+  };
+  add("stage", place.stage);
+  add("method", place.method);
+  add("command", place.command);
+  add("path", place.path);
+  add("hint", place.hint);
+  return object.Take();
+}
+
 ReplyCollector::~ReplyCollector() {
   if (!m_replies.empty()) {
     m_send(m_isBatch ? "[" + m_replies + "]" : m_replies);

@@ -4,10 +4,12 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <cstring>
 #include <utility>
-#include <vector>
+
+#include "simulator/rpc/LineBuffer.h"
 
 namespace sim::rpc {
 namespace {
@@ -22,22 +24,30 @@ struct Transport::Source {
 };
 
 std::shared_ptr<Transport> Transport::Create(GMainContext* context, UniqueFd in, UniqueFd out, TransportLimits limits) {
-  return std::shared_ptr<Transport>(new Transport(context, std::move(in), std::move(out), limits));
+  auto lines = std::make_unique<LineBuffer>(limits.message);
+  return std::shared_ptr<Transport>(new Transport(context, std::move(in), std::move(out), std::move(lines), limits));
 }
 
 Result<std::shared_ptr<Transport>> Transport::Create(GMainContext* context, UniqueFd socket, TransportLimits limits) {
+  return Create(context, std::move(socket), std::make_unique<LineBuffer>(limits.message), limits);
+}
+
+Result<std::shared_ptr<Transport>> Transport::Create(GMainContext* context, UniqueFd socket,
+                                                     std::unique_ptr<Framing> framing, TransportLimits limits) {
   UniqueFd out(fcntl(socket.Get(), F_DUPFD_CLOEXEC, 0));
   if (!out) {
     return Error{errno, std::string("cannot duplicate the connection's descriptor: ") + std::strerror(errno)};
   }
-  return Create(context, std::move(socket), std::move(out), limits);
+  return std::shared_ptr<Transport>(
+      new Transport(context, std::move(socket), std::move(out), std::move(framing), limits));
 }
 
-Transport::Transport(GMainContext* context, UniqueFd in, UniqueFd out, TransportLimits limits)
+Transport::Transport(GMainContext* context, UniqueFd in, UniqueFd out, std::unique_ptr<Framing> framing,
+                     TransportLimits limits)
     : m_context(context),
       m_limits(limits),
       m_in(std::move(in)),
-      m_lines(limits.message),
+      m_framing(std::move(framing)),
       m_output(std::move(out), limits.queue) {}
 
 void Transport::Start(Callbacks callbacks) {
@@ -50,7 +60,8 @@ void Transport::Start(Callbacks callbacks) {
 }
 
 bool Transport::Send(std::string_view message) {
-  const bool sent = m_output.Send(message);
+  const Framing::Envelope around = m_framing->Around(message);
+  const bool sent = m_output.Send(message, around.before, around.after);
   if (!sent || m_output.Waiting() > 0) {
     g_main_context_wakeup(m_context);  // the loop has to wait for the peer, or to see that he is gone
   }
@@ -58,6 +69,9 @@ bool Transport::Send(std::string_view message) {
 }
 
 void Transport::Close() {
+  if (m_source != nullptr && !m_finished) {
+    SendRaw(m_framing->Farewell());
+  }
   if (m_source != nullptr) {
     g_source_destroy(m_source);
     g_source_unref(std::exchange(m_source, nullptr));
@@ -100,7 +114,7 @@ void Transport::UpdatePolling() {
 
 /// Whether `Step` has something to do without input.
 bool Transport::HasWork() const {
-  return !m_finished && (m_lines.HasNext() || m_atEnd || m_output.IsBroken());
+  return !m_finished && (m_framing->HasNext() || m_atEnd || m_output.IsBroken());
 }
 
 bool Transport::InputIsReady() const {
@@ -114,8 +128,8 @@ void Transport::Step() {
     m_atEnd = true;
     return Finish("the peer does not read any more");
   }
-  if (const std::optional<LineBuffer::Line> line = m_lines.Next()) {
-    return Deliver(*line);
+  if (const std::optional<Framing::Message> message = m_framing->Next()) {
+    return Deliver(*message);
   }
   if (m_atEnd) {
     return Finish(m_endReason);
@@ -125,23 +139,34 @@ void Transport::Step() {
   }
 }
 
-void Transport::Deliver(const LineBuffer::Line& line) {
-  if (line.oversized) {
+void Transport::Deliver(const Framing::Message& message) {
+  if (message.oversized) {
     m_callbacks.onOversized();
   } else {
-    m_callbacks.onMessage(line.text);
+    m_callbacks.onMessage(message.text);
+  }
+}
+
+void Transport::SendRaw(const std::string& bytes) {
+  if (!bytes.empty()) {
+    m_output.Send(bytes, "", "");
   }
 }
 
 void Transport::ReadSome() {
-  std::vector<char> bytes(kReadBytes);
+  static thread_local std::array<char, kReadBytes> bytes;  // nobody reads two at once on one thread
   const ssize_t count = read(m_in.Get(), bytes.data(), bytes.size());
   if (count > 0) {
-    m_lines.Append({bytes.data(), static_cast<size_t>(count)});
+    m_framing->Append({bytes.data(), static_cast<size_t>(count)});
+    SendRaw(m_framing->TakeReplies());
+    if (const auto over = m_framing->IsOver()) {
+      m_endReason = *over;
+      m_atEnd = true;
+    }
   } else if (count == 0 || (errno != EINTR && errno != EAGAIN)) {
     m_endReason = count == 0 ? "" : std::string("cannot read: ") + std::strerror(errno);
     m_atEnd = true;
-    m_lines.End();
+    m_framing->End();
   }
 }
 

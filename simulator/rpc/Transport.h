@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-/// Messages as lines on a descriptor: framing and flow, nothing of what they say.
+/// Messages on a descriptor: framing and flow, nothing of what they say.
 #ifndef SIMULATOR_RPC_TRANSPORT_H
 #define SIMULATOR_RPC_TRANSPORT_H
 
@@ -13,13 +13,13 @@
 
 #include "simulator/base/Result.h"
 #include "simulator/base/UniqueFd.h"
-#include "simulator/rpc/LineBuffer.h"
+#include "simulator/rpc/Framing.h"
 #include "simulator/rpc/OutputQueue.h"
 
 namespace sim::rpc {
 
 struct TransportLimits {
-  size_t message = 1 << 20;  ///< bytes of a line; enough for a command with four paths of any length
+  size_t message = 1 << 20;  ///< bytes; enough for a command with four paths of any length
   size_t unread = 1 << 20;   ///< above this many bytes that the peer has not read, nothing more is read from him
   size_t queue = 16 << 20;   ///< above this many bytes that the peer has not read, the connection is closed
 };
@@ -32,17 +32,20 @@ class Transport : public std::enable_shared_from_this<Transport> {
  public:
   /// Called on the loop thread, one message after the other. A callback may close or release the transport.
   struct Callbacks {
-    std::function<void(std::string_view line)> onMessage;  ///< without its line end; never empty
-    std::function<void()> onOversized;                     ///< a line above the limit came and was thrown away
-    std::function<void(const CloseReason&)> onClosed;      ///< once, after the last message
+    std::function<void(std::string_view message)> onMessage;  ///< never empty
+    std::function<void()> onOversized;                        ///< a message above the limit came and was thrown away
+    std::function<void(const CloseReason&)> onClosed;         ///< once, after the last message
   };
 
-  /// Reads from `in` and writes to `out`: pipes, terminals, files or sockets, blocking or not, `out` with no other
-  /// writer. `context` outlives the transport.
+  /// Messages are lines. Reads from `in` and writes to `out`: pipes, terminals, files or sockets, blocking or not,
+  /// `out` with no other writer. `context` outlives the transport.
   static std::shared_ptr<Transport> Create(GMainContext* context, UniqueFd in, UniqueFd out,
                                            TransportLimits limits = {});
   /// Both directions on one socket. Fails when no descriptor is left.
   static Result<std::shared_ptr<Transport>> Create(GMainContext* context, UniqueFd socket, TransportLimits limits = {});
+  /// The same with messages that are no lines.
+  static Result<std::shared_ptr<Transport>> Create(GMainContext* context, UniqueFd socket,
+                                                   std::unique_ptr<Framing> framing, TransportLimits limits = {});
 
   /// Begins to read.
   void Start(Callbacks callbacks);
@@ -54,6 +57,9 @@ class Transport : public std::enable_shared_from_this<Transport> {
   /// Waits until all is sent, at most for `limit`. Any thread. False when something is left.
   bool Drain(std::chrono::milliseconds limit) { return m_output.Drain(limit); }
 
+  /// Bytes that the peer has not taken. Any thread.
+  size_t Waiting() const { return m_output.Waiting(); }
+
   /// Ends the connection without a call of `onClosed`. What still waits is lost.
   void Close();
 
@@ -63,7 +69,7 @@ class Transport : public std::enable_shared_from_this<Transport> {
 
  private:
   struct Source;
-  Transport(GMainContext* context, UniqueFd in, UniqueFd out, TransportLimits limits);
+  Transport(GMainContext* context, UniqueFd in, UniqueFd out, std::unique_ptr<Framing> framing, TransportLimits limits);
 
   static gboolean OnPrepare(GSource* source, gint* timeout);
   static gboolean OnCheck(GSource* source);
@@ -73,8 +79,9 @@ class Transport : public std::enable_shared_from_this<Transport> {
   bool HasWork() const;
   bool InputIsReady() const;
   void Step();
-  void Deliver(const LineBuffer::Line& line);
+  void Deliver(const Framing::Message& message);
   void ReadSome();
+  void SendRaw(const std::string& bytes);
   void Finish(const CloseReason& reason);
 
   GMainContext* const m_context;
@@ -84,7 +91,7 @@ class Transport : public std::enable_shared_from_this<Transport> {
   gpointer m_outTag = nullptr;  ///< set while the peer is waited for
   Callbacks m_callbacks;
   UniqueFd m_in;
-  LineBuffer m_lines;
+  const std::unique_ptr<Framing> m_framing;
   OutputQueue m_output;
   CloseReason m_endReason;
   bool m_atEnd = false;     ///< no more input comes

@@ -75,8 +75,9 @@ TEST_F(GivenEngine, MessageOfAMegabyteIsTaken) {
 
 TEST_F(GivenEngine, LongerMessageIsRefusedAndTheConnectionLives) {
   m_engine.Send(RequestOfSize((1 << 20) + 1));
-  EXPECT_EQ(m_engine.Receive(),
-            R"({"jsonrpc":"2.0","error":{"code":-32600,"message":"the message is too long"},"id":null})");
+  EXPECT_EQ(
+      m_engine.Receive(),
+      R"({"jsonrpc":"2.0","error":{"code":-32600,"message":"the message is too long","data":{"stage":"message","hint":"a message may have 1 MiB"}},"id":null})");
   EXPECT_EQ(m_engine.Execute("Number", {"7"}), R"({"jsonrpc":"2.0","result":7,"id":1})");
 }
 
