@@ -3,8 +3,10 @@
 
 #include <algorithm>
 #include <string>
+#include <thread>
 #include <utility>
 
+#include "simulator/base/Faults.h"
 #include "simulator/rpc/JsonText.h"
 
 namespace sim::framework {
@@ -43,6 +45,18 @@ void EventSender::Send(int event, std::string_view param1, std::string_view para
   params.Add("event", rpc::Number(event)).Add("name", rpc::Quote(NameOf(event)));
   params.Add("param1", rpc::Quote(param1)).Add("param2", rpc::Quote(param2));
   const std::string message = rpc::WriteRequest("engine.event", params.Take());
+  const Fault fault = NextFault("event:" + std::to_string(event));
+  if (fault.action == FaultAction::kDelay) {
+    std::thread([this, message, delay = fault.delay] {
+      std::this_thread::sleep_for(delay);
+      SendNow(message);
+    }).detach();  // this object outlives every thread
+  } else if (fault.action != FaultAction::kDrop) {
+    SendNow(message);
+  }
+}
+
+void EventSender::SendNow(std::string_view message) {
   const std::lock_guard lock(m_mutex);
   if (m_transport != nullptr) {
     m_transport->Send(message);

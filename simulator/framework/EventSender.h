@@ -22,6 +22,8 @@ class EventSender {
   void Send(int event, std::string_view param1, std::string_view param2);
 
  private:
+  void SendNow(std::string_view message);
+
   std::mutex m_mutex;
   std::shared_ptr<rpc::Transport> m_transport;
 };

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "simulator/base/Faults.h"
 #include "simulator/vconf/StoreFile.h"
 
 namespace sim::vconf {
@@ -92,6 +93,9 @@ Status Store::Set(std::string_view key, std::string_view value) {
   }
   SIM_TRY(CheckText("key", key, kMaxKey));
   SIM_TRY(CheckText("value", value, kMaxValue));
+  if (NextFaultOfCall("store").action == FaultAction::kFail) {
+    return Error{ENOSPC, "cannot write the key store: no space left on its disk"};
+  }
   return m_file->Append(key, value);
 }
 

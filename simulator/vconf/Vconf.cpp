@@ -5,10 +5,15 @@
 #include "simulator/vconf/include/vconf_simulator.h"
 #pragma GCC visibility pop
 
+#include "simulator/base/Faults.h"
 #include "simulator/base/Log.h"
 #include "simulator/vconf/Subscriptions.h"
 
 namespace {
+
+bool ShallFail(const char* call) {
+  return sim::NextFaultOfCall(call).action == sim::FaultAction::kFail;
+}
 
 /// Never destroyed: a worker may still be in a callback while the process exits.
 sim::vconf::Subscriptions& ProcessSubscriptions() {
@@ -19,7 +24,7 @@ sim::vconf::Subscriptions& ProcessSubscriptions() {
 }  // namespace
 
 int vconf_notify_key_changed(const char* key, vconf_callback_fn callback, void* user_data) {
-  if (key == nullptr || callback == nullptr) {
+  if (ShallFail("vconf_notify_key_changed") || key == nullptr || callback == nullptr) {
     return -1;
   }
   const sim::Status added = ProcessSubscriptions().Add(key, callback, user_data);
@@ -31,7 +36,8 @@ int vconf_notify_key_changed(const char* key, vconf_callback_fn callback, void* 
 }
 
 int vconf_ignore_key_changed(const char* key, vconf_callback_fn callback) {
-  return key != nullptr && ProcessSubscriptions().Remove(key, callback) ? 0 : -1;
+  return !ShallFail("vconf_ignore_key_changed") && key != nullptr && ProcessSubscriptions().Remove(key, callback) ? 0
+                                                                                                                  : -1;
 }
 
 void vconf_stop_deliveries() {

@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "simulator/base/Faults.h"
 #include "simulator/base/Log.h"
 
 namespace sim::lumaview {
@@ -47,6 +48,9 @@ Result<std::shared_ptr<TransitionEffect>> FindEffect(const void* record) {
 }
 
 int Answer(const char* function, const std::function<Status()>& body) {
+  if (const Fault fault = NextFaultOfCall(function); fault.action == FaultAction::kFail) {
+    return fault.value;
+  }
   try {
     const Status status = body();
     if (status) {
