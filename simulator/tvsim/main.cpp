@@ -11,12 +11,19 @@ std::span<const Subcommand> Subcommands() {
   static constexpr std::array kSubcommands = {
       Subcommand{"run", "Show pictures as an application would", &ConfigureRun},
       Subcommand{"exec", "Play a scenario: commands and what is expected of them", &ConfigureExec},
+      Subcommand{"replay", "Play a recorded session again", &ConfigureReplay},
       Subcommand{"shell", "Type commands and see events as they come", &ConfigureShell},
+      Subcommand{"serve", "A television in the browser", &ConfigureServe},
+      Subcommand{"url", "Say where the browser finds a running session", &ConfigureUrl},
       Subcommand{"state", "Announce the application's state to a running session", &ConfigureState},
       Subcommand{"screenshot", "Write what a running session shows to a PNG file", &ConfigureScreenshot},
       Subcommand{"watch", "Show the events of a running session as they come", &ConfigureWatch},
+      Subcommand{"fault", "Let calls of the libraries fail or hang, or events get lost, in a running session",
+                 &ConfigureFault},
       Subcommand{"log", "Show the engine's log", &ConfigureLog},
-      Subcommand{"doctor", "Say what this machine has for a session, and how to mend what is missing", &ConfigureDoctor},
+      Subcommand{"doctor", "Say what this machine has for a session, and how to mend what is missing",
+                 &ConfigureDoctor},
+      Subcommand{"help", "Print the protocol, the manual page or a shell's completion", &ConfigureHelp},
   };
   return kSubcommands;
 }

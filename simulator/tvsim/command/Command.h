@@ -23,6 +23,11 @@ std::span<const Subcommand> Subcommands();
 
 std::function<int()> ConfigureRun(CLI::App& app);
 std::function<int()> ConfigureExec(CLI::App& app);
+std::function<int()> ConfigureFault(CLI::App& app);
+std::function<int()> ConfigureHelp(CLI::App& app);
+std::function<int()> ConfigureReplay(CLI::App& app);
+std::function<int()> ConfigureServe(CLI::App& app);
+std::function<int()> ConfigureUrl(CLI::App& app);
 std::function<int()> ConfigureState(CLI::App& app);
 std::function<int()> ConfigureScreenshot(CLI::App& app);
 std::function<int()> ConfigureShell(CLI::App& app);

@@ -12,6 +12,8 @@ namespace {
 struct ExecOptions {
   SessionOptions session;
   std::string file;
+  bool fast = false;  ///< without the recorded pauses
+  int times = 1;
 };
 
 /// The scenario, read whole and checked, so that nothing is played of one that is written wrongly.
@@ -44,6 +46,23 @@ int Exec(const ExecOptions& options) {
                       [&](Television& television) { return ScenarioPlayer(television, options.file).Play(*steps); });
 }
 
+int Replay(const ExecOptions& options) {
+  Result<std::vector<Step>> steps = ReadScenario(options.file);
+  if (!steps) {
+    return Fail(kNotReady, steps.error().reason);
+  }
+  if (options.fast) {
+    std::erase_if(*steps, [](const Step& step) { return step.words[0] == "wait"; });
+  }
+  return RunInSession(options.session, [&](Television& television) {
+    int status = kDone;
+    for (int time = 0; time < options.times && status == kDone && television.Interruption().empty(); ++time) {
+      status = ScenarioPlayer(television, options.file).Play(*steps);
+    }
+    return status;
+  });
+}
+
 }  // namespace
 
 std::function<int()> ConfigureExec(CLI::App& app) {
@@ -51,6 +70,15 @@ std::function<int()> ConfigureExec(CLI::App& app) {
   app.add_option("FILE", options->file, "The scenario; - for standard input")->required();
   AddSessionOptions(app, options->session);
   return [options] { return Exec(*options); };
+}
+
+std::function<int()> ConfigureReplay(CLI::App& app) {
+  auto options = std::make_shared<ExecOptions>();
+  app.add_option("FILE", options->file, "What --record has written")->required();
+  app.add_flag("--fast", options->fast, "Without the pauses that were recorded");
+  app.add_option("--times", options->times, "How often")->capture_default_str()->check(CLI::Range(1, 1000000));
+  AddSessionOptions(app, options->session);
+  return [options] { return Replay(*options); };
 }
 
 }  // namespace sim::tvsim

@@ -48,6 +48,10 @@ void AddSessionOptions(CLI::App& app, SessionOptions& options) {
                  "Milliseconds after which a command without an answer failed")
       ->capture_default_str()
       ->check(CLI::Range(1, 3600000));
+  app.add_option("--quick-restarts", options.quick_restarts,
+                 "How often within a minute an engine that has ended is started again at once; after that it waits")
+      ->capture_default_str()
+      ->check(CLI::Range(0, 1000000));
   app.add_option("--application", options.application.id, "The application's id")->capture_default_str();
   app.add_option("--widget", options.application.widget, "The widget's id; its part before a dot names the state key")
       ->capture_default_str();

@@ -15,13 +15,26 @@ enum class ParamKind { kPath, kNumber, kText, kEffect };
 struct CommandParam {
   const char* name;  ///< null: no such parameter
   ParamKind kind = ParamKind::kText;
+  const char* summary = "";
   bool required = true;
+};
+
+enum class ResultKind {
+  kDone,        ///< 1, or 0 when it failed
+  kSize,        ///< "640*480", or 0
+  kText,        ///< a text, or 0
+  kNumber,      ///< an integer
+  kTextOrZero,  ///< the text 1, or the integer 0
 };
 
 struct EngineCommand {
   const char* name;
   const char* summary;
   std::array<CommandParam, 4> params;
+  ResultKind result;
+  const char* events;          ///< the events that follow; empty: none
+  const char* example_params;  ///< a JSON object
+  const char* example_result;
 };
 
 /// The 24, in the order in which they are documented.

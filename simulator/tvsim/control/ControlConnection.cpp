@@ -11,9 +11,10 @@ constexpr size_t kMostUnread = 1000;
 
 }  // namespace
 
-ControlConnection::ControlConnection(Television& television, std::shared_ptr<rpc::Transport> transport,
+ControlConnection::ControlConnection(ControlContext& context, Rights rights, std::shared_ptr<rpc::Transport> transport,
                                      std::function<void()> on_closed)
-    : m_methods(ControlMethods(television, m_subscriptions, [this] { return m_methods.Describe(); })),
+    : m_methods(
+          Restricted(ControlMethods(&context, &m_subscriptions, [this] { return m_methods.Describe(); }), rights)),
       m_handler(m_methods),
       m_transport(std::move(transport)) {
   rpc::Serve(m_transport, m_handler, [on_closed = std::move(on_closed)](const rpc::CloseReason&) { on_closed(); });

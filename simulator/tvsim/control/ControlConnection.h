@@ -7,22 +7,23 @@
 
 #include "simulator/rpc/MessageHandler.h"
 #include "simulator/tvsim/control/Methods.h"
-#include "simulator/tvsim/session/Television.h"
+#include "simulator/tvsim/control/Rights.h"
 
 namespace sim::tvsim {
 
-/// One client of the control socket. A client that does not read loses notifications, never replies, and is told how
-/// many when it reads again; it holds up nobody else. Loop thread only.
+/// One client of a session, on whatever transport. A client that does not read loses notifications, never replies, and
+/// is told how many when it reads again; it holds up nobody else. Loop thread only.
 class ControlConnection {
  public:
   /// `on_closed` is called once, and may release the connection.
-  ControlConnection(Television& television, std::shared_ptr<rpc::Transport> transport, std::function<void()> on_closed);
+  ControlConnection(ControlContext& context, Rights rights, std::shared_ptr<rpc::Transport> transport,
+                    std::function<void()> on_closed);
   ~ControlConnection() { m_transport->Close(); }
   ControlConnection(const ControlConnection&) = delete;
   ControlConnection& operator=(const ControlConnection&) = delete;
 
   void Notify(const char* method, const rpc::JsonText& params);
-  bool WantsLog() const { return m_subscriptions.log; }
+  const Subscriptions& Wants() const { return m_subscriptions; }
 
  private:
   Subscriptions m_subscriptions;

@@ -53,7 +53,8 @@ Result<std::unique_ptr<ControlServer>> ControlServer::Start(Television& televisi
 }
 
 ControlServer::ControlServer(Television& television, UniqueFd listener)
-    : m_television(television), m_listener(std::move(listener)) {
+    : m_context{television, {}, [this](int64_t number) { OnScreenChange(number); }, [this] { FollowLog(); }},
+      m_listener(std::move(listener)) {
   m_source = g_unix_fd_add(
       m_listener.Get(), G_IO_IN,
       [](gint, GIOCondition, gpointer self) -> gboolean {
@@ -64,8 +65,16 @@ ControlServer::ControlServer(Television& television, UniqueFd listener)
   Television::Observer observer;
   observer.on_event = [this](const SessionEvent& event) { Broadcast(kEventMethod, ParamsOf(event)); };
   observer.on_engine_exit = [this](const ProcessEnd& end, bool restarted) { OnEngineExit(end, restarted); };
+  observer.on_late_start = [this] { Broadcast(kStartMethod, {"{}"}); };
   television.Observe(std::move(observer));
-  auto log = LogFollower::Create(television.GetEngine().LogFile(), false,
+}
+
+/// Not before somebody wants it: every command logs some lines, and each would wake this process up.
+void ControlServer::FollowLog() {
+  if (m_log) {
+    return;
+  }
+  auto log = LogFollower::Create(m_context.television.GetEngine().LogFile(), false,
                                  [this](const std::string& line) { OnLogLine(line); });
   if (log) {
     m_log = std::move(*log);
@@ -80,17 +89,24 @@ ControlServer::~ControlServer() {
 
 void ControlServer::Accept() {
   UniqueFd socket(accept4(m_listener.Get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
-  if (!socket || !IsOwnUser(socket.Get()) || m_clients.size() >= kMaxClients) {
+  if (!socket || !IsOwnUser(socket.Get())) {
     return;
   }
-  auto transport = rpc::Transport::Create(g_main_context_default(), std::move(socket));
-  if (!transport) {
-    return;
+  if (auto transport = rpc::Transport::Create(g_main_context_default(), std::move(socket))) {
+    Adopt(std::move(*transport), Rights::kControl);
+  }
+}
+
+bool ControlServer::Adopt(std::shared_ptr<rpc::Transport> transport, Rights rights) {
+  if (m_clients.size() >= kMaxClients) {
+    return false;
   }
   // The connection is known only once it is made, and is not closed before the loop runs again.
   auto made = std::make_shared<const ControlConnection*>();
-  m_clients.push_back(std::make_shared<ControlConnection>(m_television, *transport, [this, made] { Forget(*made); }));
+  m_clients.push_back(
+      std::make_shared<ControlConnection>(m_context, rights, std::move(transport), [this, made] { Forget(*made); }));
   *made = m_clients.back().get();
+  return true;
 }
 
 void ControlServer::Forget(const ControlConnection* connection) {
@@ -98,22 +114,24 @@ void ControlServer::Forget(const ControlConnection* connection) {
 }
 
 void ControlServer::OnEngineExit(const ProcessEnd& end, bool restarted) {
-  Broadcast(kExitMethod, ParamsOf(end, restarted, LastLines(m_television.GetEngine().LogFile(), kLastLines)));
+  Broadcast(kExitMethod, ParamsOf(end, restarted, LastLines(m_context.television.GetEngine().LogFile(), kLastLines)));
 }
 
 void ControlServer::OnLogLine(const std::string& line) {
-  const auto clients = m_clients;
-  for (const auto& client : clients) {
-    if (client->WantsLog()) {
-      client->Notify(kLogMethod, rpc::ObjectWriter().Add("line", rpc::Quote(line)).Take());
-    }
-  }
+  Broadcast(kLogMethod, rpc::ObjectWriter().Add("line", rpc::Quote(line)).Take(), &Subscriptions::log);
 }
 
-void ControlServer::Broadcast(const char* method, const rpc::JsonText& params) {
+void ControlServer::OnScreenChange(int64_t number) {
+  Broadcast(kScreenMethod, rpc::ObjectWriter().Add("number", rpc::Number(number)).Take(), &Subscriptions::screen);
+}
+
+/// To all, or to those who asked for it.
+void ControlServer::Broadcast(const char* method, const rpc::JsonText& params, bool Subscriptions::*wanted) {
   const auto clients = m_clients;  // a client that is dropped meanwhile leaves the list
   for (const auto& client : clients) {
-    client->Notify(method, params);
+    if (wanted == nullptr || client->Wants().*wanted) {
+      client->Notify(method, params);
+    }
   }
 }
 

@@ -12,8 +12,8 @@
 
 namespace sim::tvsim {
 
-/// The public socket of a session: JSON-RPC 2.0, one message a line, any number of clients, of this user only.
-/// Loop thread only.
+/// The clients of a session, any number of them: JSON-RPC 2.0 on its public socket, one message a line, for this user
+/// only, and on connections that others hand over. Loop thread only.
 class ControlServer {
  public:
   /// Listens at `socket`, a path in a folder of mode 0700. `television` outlives the server, and does not run after it.
@@ -22,16 +22,23 @@ class ControlServer {
   ControlServer(const ControlServer&) = delete;
   ControlServer& operator=(const ControlServer&) = delete;
 
+  /// Serves one more client. False, and the transport goes, when there are too many.
+  bool Adopt(std::shared_ptr<rpc::Transport> transport, Rights rights);
+
+  ControlContext& Context() { return m_context; }
+
  private:
   ControlServer(Television& television, UniqueFd listener);
 
   void Accept();
   void Forget(const ControlConnection* connection);
+  void FollowLog();
+  void OnScreenChange(int64_t number);
   void OnLogLine(const std::string& line);
   void OnEngineExit(const ProcessEnd& end, bool restarted);
-  void Broadcast(const char* method, const rpc::JsonText& params);
+  void Broadcast(const char* method, const rpc::JsonText& params, bool Subscriptions::*wanted = nullptr);
 
-  Television& m_television;
+  ControlContext m_context;
   UniqueFd m_listener;
   unsigned int m_source = 0;
   std::unique_ptr<LogFollower> m_log;

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "simulator/tvsim/control/Notifications.h"
 
-#include "simulator/rpc/Binder.h"
-
 namespace sim::tvsim {
 namespace {
 
@@ -12,11 +10,38 @@ struct FlatEvent {
   std::string picture, name, param1, param2;
 };
 const rpc::Fields<FlatEvent> kEventFields = {
-    rpc::Required("sequence", &FlatEvent::sequence), rpc::Required("time", &FlatEvent::time),
-    rpc::Required("picture", &FlatEvent::picture),   rpc::Required("event", &FlatEvent::event),
-    rpc::Required("name", &FlatEvent::name),         rpc::Required("param1", &FlatEvent::param1),
+    rpc::Required("sequence", &FlatEvent::sequence, "1, 2, 3 ... within the session"),
+    rpc::Required("time", &FlatEvent::time, "milliseconds since 1970"),
+    rpc::Required("picture", &FlatEvent::picture, "the path of the last command that named one"),
+    rpc::Required("event", &FlatEvent::event, "10 decoded, 8 shown, 6 cannot be shown"),
+    rpc::Required("name", &FlatEvent::name, "the same as a word"),
+    rpc::Required("param1", &FlatEvent::param1),
     rpc::Required("param2", &FlatEvent::param2),
 };
+
+struct FlatExit {
+  int64_t signal = 0, status = 0;
+  bool restarted = false;
+  std::vector<std::string> log;
+};
+const rpc::Fields<FlatExit> kExitFields = {
+    rpc::Optional("signal", &FlatExit::signal, "that ended it, or"),
+    rpc::Optional("status", &FlatExit::status, "with which it exited"),
+    rpc::Required("restarted", &FlatExit::restarted,
+                  "a new engine takes commands already; else engine.started follows"),
+    rpc::Required("log", &FlatExit::log, "the last lines of its log"),
+};
+
+struct FlatLine {
+  std::string line;
+};
+const rpc::Fields<FlatLine> kLineFields = {rpc::Required("line", &FlatLine::line, "with its terminal colours")};
+
+struct FlatNumber {
+  int64_t number = 0;
+};
+const rpc::Fields<FlatNumber> kScreenFields = {rpc::Required("number", &FlatNumber::number, "of the change")};
+const rpc::Fields<FlatNumber> kLostFields = {rpc::Required("count", &FlatNumber::number, "of notifications")};
 
 struct FlatStatus {
   std::string display, log;
@@ -30,6 +55,39 @@ const rpc::Fields<FlatStatus> kStatusFields = {
 };
 
 }  // namespace
+
+std::span<const NotificationInfo> Notifications() {
+  static const std::vector<NotificationInfo> kNotifications = {
+      {kEventMethod, "An event of the engine; to every client", kEventFields.Infos()},
+      {kExitMethod, "The engine has ended; to every client", kExitFields.Infos()},
+      {kStartMethod, "An engine was started some time after the last one; to every client", {}},
+      {kLogMethod, "A line of the engine's log; to who asked by session.followLog", kLineFields.Infos()},
+      {kScreenMethod, "The screen has changed; to who asked by session.followScreen", kScreenFields.Infos()},
+      {kLostMethod, "So many notifications were not sent, because the client did not read", kLostFields.Infos()},
+  };
+  return kNotifications;
+}
+
+rpc::JsonText DescribeNotifications() {
+  std::vector<rpc::JsonText> list;
+  for (const NotificationInfo& one : Notifications()) {
+    std::vector<rpc::JsonText> params;
+    for (const rpc::FieldInfo& field : one.fields) {
+      params.push_back(rpc::ObjectWriter()
+                           .Add("name", rpc::Quote(field.name))
+                           .Add("summary", rpc::Quote(field.summary))
+                           .Add("required", rpc::Boolean(field.required))
+                           .Add("schema", field.schema)
+                           .Take());
+    }
+    list.push_back(rpc::ObjectWriter()
+                       .Add("name", rpc::Quote(one.name))
+                       .Add("summary", rpc::Quote(one.summary))
+                       .Add("params", ListOf(params))
+                       .Take());
+  }
+  return ListOf(list);
+}
 
 std::optional<SessionEvent> ReadEvent(const rpc::JsonText& params) {
   const auto flat = rpc::ReadParams(params, kEventFields);

@@ -3,14 +3,30 @@
 #ifndef SIMULATOR_TVSIM_CONTROL_NOTIFICATIONS_H
 #define SIMULATOR_TVSIM_CONTROL_NOTIFICATIONS_H
 
+#include <span>
+
+#include "simulator/rpc/Binder.h"
 #include "simulator/tvsim/session/Television.h"
 
 namespace sim::tvsim {
 
 inline constexpr const char* kEventMethod = "engine.event";
 inline constexpr const char* kExitMethod = "engine.exited";
+inline constexpr const char* kStartMethod = "engine.started";
 inline constexpr const char* kLogMethod = "engine.log";
+inline constexpr const char* kScreenMethod = "session.screenChanged";
 inline constexpr const char* kLostMethod = "session.lost";
+
+/// What comes unasked, for the documentation.
+struct NotificationInfo {
+  std::string name;
+  std::string summary;
+  std::vector<rpc::FieldInfo> fields;
+};
+std::span<const NotificationInfo> Notifications();
+
+/// As a JSON list.
+rpc::JsonText DescribeNotifications();
 
 /// {sequence, time, picture, event, name, param1, param2}
 rpc::JsonText ParamsOf(const SessionEvent& event);

@@ -5,13 +5,17 @@
 #include <vector>
 
 #include "simulator/rpc/Binder.h"
-#include "simulator/tvsim/session/Television.h"
+#include "simulator/tvsim/control/ControlContext.h"
 
 namespace sim::tvsim {
 
 /// A method for each command of the engine, "command.InitPlayer" {url} for example: numbers as numbers, texts as texts.
-/// The results are those of "engine.execute".
-std::vector<rpc::MethodEntry> TypedCommands(Television& television);
+/// The results are those of "engine.execute". `context` as for `ControlMethods`.
+std::vector<rpc::MethodEntry> TypedCommands(ControlContext* context);
+
+/// Sends a command and gives its answer to `reply`. `method` as for `Television::SendCommand`.
+void SendCommand(Television& television, const char* method, const std::string& command,
+                 const std::vector<std::string>& params, rpc::Reply reply);
 
 }  // namespace sim::tvsim
 

@@ -5,6 +5,7 @@
 #include <glib-unix.h>
 #include <sys/socket.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
@@ -17,9 +18,9 @@ namespace {
 
 constexpr int kChannel = 3;  // the descriptor's number in the engine process
 constexpr std::chrono::milliseconds kOrderlyEnd(5000);
-constexpr std::chrono::milliseconds kLastWords(200);
-constexpr std::chrono::seconds kShortLife(1);
-constexpr int kShortLivesInARow = 3;
+constexpr std::chrono::milliseconds kLastWords(50);  // its end is to be reported within a tenth of a second
+constexpr std::chrono::seconds kRestartWindow(60);
+constexpr std::chrono::milliseconds kFirstBackOff(1000), kLongestBackOff(30000);
 
 const rpc::Fields<EngineEvent> kEventFields = {
     rpc::Required("event", &EngineEvent::number),
@@ -73,7 +74,6 @@ Status Engine::Launch() {
     return transport.error();
   }
   m_process = std::make_unique<ChildProcess>(std::move(*process));
-  m_started_at = std::chrono::steady_clock::now();
   m_process_ended = m_channel_closed = false;
   m_client = std::make_unique<rpc::Client>(
       *transport,
@@ -91,7 +91,8 @@ Status Engine::Launch() {
 
 void Engine::Call(std::string_view method, const rpc::JsonText& params, rpc::Client::OnAnswer on_answer) {
   if (!m_client) {
-    on_answer(rpc::Failure(rpc::kConnectionLost, "the engine has ended"));
+    on_answer(
+        rpc::Failure(rpc::kConnectionLost, "the engine has ended too often; it is started again in some seconds"));
     return;
   }
   // The timer goes with the answer.
@@ -126,10 +127,32 @@ void Engine::OnNotification(const std::string& method, const rpc::JsonText& para
   }
 }
 
-bool Engine::EndsTooOften() {
-  const bool short_life = std::chrono::steady_clock::now() - m_started_at < kShortLife;
-  m_short_lives = short_life ? m_short_lives + 1 : 0;
-  return m_short_lives >= kShortLivesInARow;
+/// False when it has to wait: it was done too often lately, or cannot be done now.
+bool Engine::LaunchAgain() {
+  const auto now = std::chrono::steady_clock::now();
+  while (!m_recent_restarts.empty() && now - m_recent_restarts.front() > kRestartWindow) {
+    m_recent_restarts.pop_front();
+  }
+  if (m_recent_restarts.size() >= static_cast<size_t>(m_options.quick_restarts) || !Launch()) {
+    return false;
+  }
+  m_recent_restarts.push_back(now);
+  m_back_off = std::chrono::milliseconds(0);
+  ++m_restarts;
+  return true;
+}
+
+void Engine::LaunchLater() {
+  m_back_off = std::clamp(m_back_off * 2, kFirstBackOff, kLongestBackOff);
+  m_late_start = std::make_unique<Timer>(m_back_off, [this] {
+    if (!Launch()) {
+      LaunchLater();
+      return;
+    }
+    m_recent_restarts.push_back(std::chrono::steady_clock::now());
+    ++m_restarts;
+    m_callbacks.on_late_start();
+  });
 }
 
 /// What the engine said before it ended is still read, unless a process that it left holds the channel open.
@@ -158,8 +181,10 @@ void Engine::Finish() {
   const ProcessEnd end = m_process->Wait(std::chrono::milliseconds(0)).value_or(ProcessEnd{});
   m_process.reset();
   m_dead_client = std::move(m_client);
-  const bool restarted = !EndsTooOften() && Launch();
-  m_restarts += restarted ? 1 : 0;
+  const bool restarted = LaunchAgain();
+  if (!restarted) {
+    LaunchLater();
+  }
   m_callbacks.on_exit(end, restarted);
   const std::string limit = std::to_string(m_options.answer_limit.count());
   const rpc::Answer failure = std::exchange(m_hung, false)

@@ -5,6 +5,7 @@
 #include <glib.h>
 
 #include <chrono>
+#include <deque>
 #include <functional>
 #include <memory>
 #include <string>
@@ -40,17 +41,21 @@ struct EngineOptions {
   std::string log_file;                                          ///< of the engine process; made where it is missing
   std::vector<std::pair<std::string, std::string>> environment;  ///< added to that of this process
   std::chrono::milliseconds answer_limit{30000};  ///< for one command; the first decoding of a large picture fits in
+  int quick_restarts = 5;                         ///< within a minute; the next ones wait
 };
 
 /// The engine process, supervised: when it ends, or is ended because it does not answer, that is reported and it is
-/// started again, unless it ends at once every time.
+/// started again. After `quick_restarts` within a minute the next ones wait, each twice as long as the one before, at
+/// most half a minute.
 /// Loop thread only; the callbacks run there.
 class Engine {
  public:
   struct Callbacks {
     std::function<void(const EngineEvent&)> on_event;
-    /// `restarted`: a new engine takes commands already; it has no application open.
+    /// `restarted`: a new engine takes commands already; it has no application open. Else one comes later.
     std::function<void(const ProcessEnd&, bool restarted)> on_exit;
+    /// That one has come.
+    std::function<void()> on_late_start;
   };
 
   /// Runs on the default main context. Errors: there is no such program or it cannot be started.
@@ -65,7 +70,7 @@ class Engine {
   /// the limit, it is called with an error once the next engine is there.
   void Call(std::string_view method, const rpc::JsonText& params, rpc::Client::OnAnswer on_answer);
 
-  /// False after the engine ended for good.
+  /// False between an engine's end and a start that waits.
   bool IsRunning() const { return m_process != nullptr; }
   pid_t ProcessId() const { return m_process ? m_process->Id() : -1; }
   int Restarts() const { return m_restarts; }
@@ -80,7 +85,8 @@ class Engine {
   void OnProcessEnd();
   void OnChannelClosed();
   void Finish();
-  bool EndsTooOften();
+  bool LaunchAgain();
+  void LaunchLater();
 
   const EngineOptions m_options;
   const Callbacks m_callbacks;
@@ -94,8 +100,9 @@ class Engine {
   std::unique_ptr<Timer> m_patience;                ///< runs between these two
   std::vector<rpc::Client::OnAnswer> m_lost_calls;  ///< open when the channel was closed
   int m_restarts = 0;
-  int m_short_lives = 0;  ///< lives in a row that ended within a second
-  std::chrono::steady_clock::time_point m_started_at;
+  std::deque<std::chrono::steady_clock::time_point> m_recent_restarts;
+  std::chrono::milliseconds m_back_off{0};  ///< of the last start that waited; 0: it did not
+  std::unique_ptr<Timer> m_late_start;
 };
 
 }  // namespace sim::tvsim

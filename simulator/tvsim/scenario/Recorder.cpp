@@ -10,6 +10,8 @@ namespace {
 
 /// In a replay, on a slower machine too.
 constexpr const char* kEventPatience = "30s";
+/// What is shorter is the engine's and the machine's own time, not somebody's who watches.
+constexpr std::chrono::milliseconds kShortestPause(500);
 
 }  // namespace
 
@@ -36,15 +38,26 @@ Result<std::unique_ptr<Recorder>> Recorder::Start(Television& television, const 
   std::unique_ptr<Recorder> recorder(new Recorder(std::move(stream)));
   Television::Observer observer;
   observer.on_event = [raw = recorder.get()](const SessionEvent& event) {
+    raw->OnStep();
     raw->m_file << "expect-event " << event.event.number << " within " << kEventPatience << std::endl;
   };
   observer.on_command = [raw = recorder.get()](const std::string& method, const std::vector<std::string>& words,
                                                const rpc::Answer& answer) { raw->OnCommand(method, words, answer); };
   observer.on_state = [raw = recorder.get()](const std::string& state) {
+    raw->OnStep();
     raw->m_file << "state " << state << std::endl;
   };
   television.Observe(std::move(observer));
   return recorder;
+}
+
+void Recorder::OnStep() {
+  const auto now = std::chrono::steady_clock::now();
+  const auto pause = std::chrono::duration_cast<std::chrono::milliseconds>(now - m_last_step);
+  if (pause >= kShortestPause) {
+    m_file << "wait " << pause.count() << "ms\n";
+  }
+  m_last_step = now;
 }
 
 void Recorder::OnCommand(const std::string& method, const std::vector<std::string>& words, const rpc::Answer& answer) {
@@ -52,6 +65,7 @@ void Recorder::OnCommand(const std::string& method, const std::vector<std::strin
   for (const std::string& word : words) {
     line += (line.empty() ? "" : " ") + Quoted(word);
   }
+  OnStep();
   m_file << line << '\n';
   if (const auto* error = std::get_if<rpc::CallError>(&answer)) {
     m_file << "expect-error " << error->code << std::endl;

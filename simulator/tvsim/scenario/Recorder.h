@@ -2,6 +2,7 @@
 #ifndef SIMULATOR_TVSIM_SCENARIO_RECORDER_H
 #define SIMULATOR_TVSIM_SCENARIO_RECORDER_H
 
+#include <chrono>
 #include <fstream>
 #include <memory>
 #include <string>
@@ -13,7 +14,7 @@
 namespace sim::tvsim {
 
 /// Writes what happens on a television as a scenario that plays it again: each command, whoever sent it, with the
-/// result that it gave, the events where they came, and the application's states.
+/// result that it gave, the events where they came, the application's states, and the pauses between them.
 class Recorder {
  public:
   /// Writes to `file`, anew. Errors: it cannot be written.
@@ -24,7 +25,11 @@ class Recorder {
 
   void OnCommand(const std::string& method, const std::vector<std::string>& words, const rpc::Answer& answer);
 
+  /// Notes how long nothing has happened, so that a replay keeps the pace.
+  void OnStep();
+
   std::ofstream m_file;
+  std::chrono::steady_clock::time_point m_last_step = std::chrono::steady_clock::now();
 };
 
 /// `word` as a scenario holds it, in quotes where it needs them. Line ends become blanks: a step is one line.

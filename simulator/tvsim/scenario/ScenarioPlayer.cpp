@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <sstream>
 
+#include "simulator/base/Faults.h"
 #include "simulator/tvsim/Console.h"
 #include "simulator/tvsim/engine/LogTail.h"
 
@@ -58,6 +59,11 @@ bool Fits(const std::string& wanted, const std::string& word) {
   return wanted != "within" || word == "within";
 }
 
+/// "fault none" ends all faults.
+bool IsNoFault(const Words& words) {
+  return words.size() == 2 && words[1] == "none";
+}
+
 Clock::time_point DeadlineOf(const std::string& duration) {
   return Clock::now() + *ParseDuration(duration);
 }
@@ -79,6 +85,7 @@ const ScenarioPlayer::Statement ScenarioPlayer::kStatements[] = {
     {"expect-screenshot", "FILE NUMBERdB", &ScenarioPlayer::ExpectScreenshot},
     {"screenshot", "FILE", &ScenarioPlayer::Screenshot},
     {"state", "pause|resume|destroy", &ScenarioPlayer::State},
+    {"fault", "RULE...", &ScenarioPlayer::Fault},
     {"wait", "TIME", &ScenarioPlayer::Wait},
     {"open", "APPLICATION WIDGET", &ScenarioPlayer::Open},
     {"close", "", &ScenarioPlayer::Close},
@@ -103,6 +110,10 @@ ScenarioPlayer::Failure ScenarioPlayer::Check(const Step& step) {
   bool fits = open_end ? step.words.size() >= usage.size() : step.words.size() == usage.size() + 1;
   for (size_t i = 0; fits && i < usage.size() && i + 1 < step.words.size(); ++i) {
     fits = Fits(usage[i], step.words[i + 1]);
+  }
+  if (fits && step.words[0] == "fault" && !IsNoFault(step.words)) {
+    const auto rule = ParseFaultRule(Joined({step.words.begin() + 1, step.words.end()}));
+    return rule ? std::nullopt : Failure(rule.error().reason);
   }
   return fits ? std::nullopt
               : Failure(std::string("it is written \"") + statement->name + " " + statement->usage + "\"");
@@ -251,6 +262,18 @@ ScenarioPlayer::Failure ScenarioPlayer::Screenshot(const Words& words) {
 
 ScenarioPlayer::Failure ScenarioPlayer::State(const Words& words) {
   const Status set = m_television.SetState(words[0]);
+  return set ? std::nullopt : Failure(set.error().reason);
+}
+
+/// One more besides those before it.
+ScenarioPlayer::Failure ScenarioPlayer::Fault(const Words& words) {
+  Words rules = m_television.Faults();
+  if (words[0] == "none") {
+    rules.clear();
+  } else {
+    rules.push_back(Joined(words));
+  }
+  const Status set = m_television.SetFaults(rules);
   return set ? std::nullopt : Failure(set.error().reason);
 }
 

@@ -57,6 +57,7 @@ class ScenarioPlayer {
   Failure ExpectScreenshot(const Words& words);
   Failure Screenshot(const Words& words);
   Failure State(const Words& words);
+  Failure Fault(const Words& words);
   Failure Wait(const Words& words);
   Failure Open(const Words& words);
   Failure Close(const Words& words);

@@ -48,7 +48,7 @@ Result<Place> ChoosePlace(DisplayChoice choice) {
 }
 
 int RunJob(const SessionOptions& options, const Place& place, const std::string& folder,
-           const std::function<int(Television&)>& work) {
+           const std::function<int(const OpenSession&)>& work) {
   signal(SIGPIPE, SIG_IGN);
   TelevisionOptions television_options;
   television_options.folder = folder;
@@ -57,6 +57,7 @@ int RunJob(const SessionOptions& options, const Place& place, const std::string&
   television_options.engine.program = options.engine;
   television_options.engine.log_file = options.engine_log.empty() ? EngineLogIn(folder) : options.engine_log;
   television_options.engine.answer_limit = std::chrono::milliseconds(options.answer_limit_ms);
+  television_options.engine.quick_restarts = options.quick_restarts;
   auto television = Television::SwitchOn(std::move(television_options));
   if (!television) {
     return Fail(kNotReady, television.error().reason);
@@ -76,7 +77,7 @@ int RunJob(const SessionOptions& options, const Place& place, const std::string&
   if (const Status opened = (*television)->OpenApplication(options.application); !opened) {
     return Fail(kNotReady, opened.error().reason);
   }
-  const int status = work(**television);
+  const int status = work({**television, **server, folder});
   if ((*television)->Interruption().empty()) {
     (void)(*television)->CloseApplication();
     return status;
@@ -87,6 +88,10 @@ int RunJob(const SessionOptions& options, const Place& place, const std::string&
 }  // namespace
 
 int RunInSession(const SessionOptions& options, const std::function<int(Television&)>& work) {
+  return RunInSession(options, [&work](const OpenSession& session) { return work(session.television); });
+}
+
+int RunInSession(const SessionOptions& options, const std::function<int(const OpenSession&)>& work) {
   if (FindProgram(options.engine).empty()) {
     return Fail(kNotReady, "no engine '" + options.engine + "' beside tvsim or in PATH; name it with --engine");
   }

@@ -7,6 +7,7 @@
 #include <csignal>
 #include <filesystem>
 
+#include "simulator/base/Faults.h"
 #include "simulator/tvsim/Console.h"
 #include "simulator/tvsim/engine/LogTail.h"
 
@@ -82,17 +83,23 @@ Status Television::StartDisplay() {
   return Ok();
 }
 
+std::string Television::FaultsFile() const {
+  return m_options.folder + "/faults";
+}
+
 Status Television::StartEngine() {
   auto store = vconf::Store::Create(m_options.folder);
   if (!store) {
     return store.error();
   }
   m_store = std::move(*store);
+  setenv("OLM_FAULTS", FaultsFile().c_str(), 1);  // for the store here, and for the engine
   EngineOptions options = m_options.engine;
   options.environment.emplace_back("VCONF_SESSION", m_options.folder);
-  auto engine = Engine::Start(std::move(options),
-                              {[this](const EngineEvent& event) { OnEvent(event); },
-                               [this](const ProcessEnd& end, bool restarted) { OnEngineExit(end, restarted); }});
+  auto engine = Engine::Start(
+      std::move(options),
+      {[this](const EngineEvent& event) { OnEvent(event); },
+       [this](const ProcessEnd& end, bool restarted) { OnEngineExit(end, restarted); }, [this] { OnLateStart(); }});
   if (!engine) {
     return engine.error();
   }
@@ -113,14 +120,32 @@ void Television::OnEvent(const EngineEvent& event) {
 }
 
 void Television::OnEngineExit(const ProcessEnd& end, bool restarted) {
-  Complain("the engine has ended: " + end.Text() + (restarted ? "; it is started again" : "; it is not started again"));
+  Complain("the engine has ended: " + end.Text() +
+           (restarted ? "; it is started again" : "; as it ends often, it is started again later"));
   for (const std::string& line : LastLines(m_engine->LogFile(), kLastLines)) {
     Complain("  " + line);
   }
-  if (restarted && m_application) {
-    m_engine->Call("app.open", ParamsOf(*m_application), [](const rpc::Answer&) {});
+  if (restarted) {
+    OpenAgain();
   }
   Tell(&Observer::on_engine_exit, end, restarted);
+}
+
+void Television::OnLateStart() {
+  OpenAgain();
+  Tell(&Observer::on_late_start);
+}
+
+void Television::OpenAgain() {
+  if (m_application) {
+    m_engine->Call("app.open", ParamsOf(*m_application), [](const rpc::Answer&) {});
+  }
+}
+
+Status Television::SetFaults(const std::vector<std::string>& rules) {
+  SIM_TRY(WriteFaultRules(FaultsFile(), rules));
+  m_faults = rules;
+  return Ok();
 }
 
 bool Television::PauseUntil(Patience patience, const std::function<bool()>& condition) {

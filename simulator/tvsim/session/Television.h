@@ -66,6 +66,10 @@ class Television {
   /// Sets the application's state key: "pause", "resume" or "destroy".
   Status SetState(const std::string& state);
 
+  /// Puts these faults in the place of those before; none end them. See Faults.h.
+  Status SetFaults(const std::vector<std::string>& rules);
+  const std::vector<std::string>& Faults() const { return m_faults; }
+
   /// Takes the oldest event that was not taken yet, waiting for one; nothing when none came in time.
   std::optional<EngineEvent> TakeEvent(Patience patience);
   bool HasEvent() const { return !m_events.empty(); }
@@ -97,6 +101,7 @@ class Television {
   struct Observer {
     std::function<void(const SessionEvent&)> on_event;
     std::function<void(const ProcessEnd&, bool restarted)> on_engine_exit;
+    std::function<void()> on_late_start;  ///< of an engine that was not restarted at once
     /// `words`: the command and its texts. Before the answer reaches who asked.
     std::function<void(const std::string& method, const std::vector<std::string>& words, const rpc::Answer&)>
         on_command;
@@ -113,6 +118,9 @@ class Television {
   void Interrupt(const std::string& reason);
   void OnEvent(const EngineEvent& event);
   void OnEngineExit(const ProcessEnd& end, bool restarted);
+  void OnLateStart();
+  std::string FaultsFile() const;
+  void OpenAgain();
 
   /// Calls that function of each observer that has it.
   template <typename Function, typename... Arguments>
@@ -133,6 +141,7 @@ class Television {
   std::unique_ptr<vconf::Store> m_store;
   std::unique_ptr<Engine> m_engine;
   std::optional<Application> m_application;
+  std::vector<std::string> m_faults;
   std::string m_picture;             ///< of the last command that named one
   std::deque<EngineEvent> m_events;  ///< not taken yet
   std::deque<SessionEvent> m_history;
