@@ -85,11 +85,11 @@ TEST_F(GivenControlSocket, EventsAreNumberedAndNameTheirPicture) {
 
 TEST_F(GivenControlSocket, AClientThatComesLaterAsksForWhatItMissed) {
   // The slide show's own picture gave the events 1 and 2.
-  const std::string missed = Call("session.events", R"({"sequence":1})");
+  const std::string missed = Call("events.since", R"({"sequence":1})");
 
   EXPECT_THAT(missed, HasSubstr(R"("sequence":2)"));
   EXPECT_THAT(missed, testing::Not(HasSubstr(R"("sequence":1)")));
-  EXPECT_EQ(Call("session.events", R"({"sequence":2})"), "[]");
+  EXPECT_EQ(Call("events.since", R"({"sequence":2})"), R"({"events":[],"missing":0})");
 }
 
 TEST_F(GivenControlSocket, EveryClientHearsOfEveryEvent) {
@@ -115,6 +115,50 @@ TEST_F(GivenControlSocket, TheEndOfAnEngineIsReportedWithItsLastWords) {
   EXPECT_THAT(report, HasSubstr(R"("restarted":true)"));
   EXPECT_THAT(report, HasSubstr("about to crash"));
   EXPECT_EQ(Call("command.InitPlayer", R"({"url":"/pictures/b.jpg"})"), "1");
+}
+
+TEST_F(GivenControlSocket, AnEngineThatEndsOftenIsStartedAgainLater) {
+  std::vector<std::string> reports;
+  bool started = false;
+  const auto other = Connected([&](const std::string& method, const rpc::JsonText& params) {
+    if (method == kExitMethod) {
+      reports.push_back(params.text);
+    }
+    started = started || method == kStartMethod;
+  });
+
+  for (size_t ends = 1; ends <= 6; ++ends) {
+    Call("command.ChangePlayingURL", R"({"url":"/pictures/crash.jpg"})");
+    AwaitNotifications("the report", [&] { return reports.size() == ends; });
+  }
+  EXPECT_THAT(reports[4], HasSubstr(R"("restarted":true)"));
+  EXPECT_THAT(reports[5], HasSubstr(R"("restarted":false)"));
+  EXPECT_THAT(Call("command.Stop"), HasSubstr("started again in some seconds"));
+  AwaitNotifications("a late start", [&] { return started; });
+  EXPECT_EQ(Call("command.InitPlayer", R"({"url":"/pictures/b.jpg"})"), "1");
+}
+
+TEST_F(GivenControlSocket, AnErrorNamesItsStageCommandPathAndAHint) {
+  const rpc::Answer answer = m_client->Call("command.InitPlayer", {R"({"url":"/pictures/crash.jpg"})"});
+
+  const std::string data = std::get<rpc::CallError>(answer).data.text;
+  EXPECT_THAT(data, HasSubstr(R"("stage":"engine","command":"InitPlayer","path":"/pictures/crash.jpg","hint":")"));
+}
+
+TEST_F(GivenControlSocket, FaultsAreCheckedBeforeTheyAreTaken) {
+  EXPECT_EQ(Call("session.setFaults", R"({"rules":["lumaview_parse 3 fail 7","event:8 * drop"]})"), "true");
+  for (const char* rule : {"", "lumaview_parse", "lumaview_parse 0 fail", "lumaview_parse 1 drop", "event:8 1 fail",
+                           "event:8 1 delay 500", "x 1 fail 7 8", "x one fail"}) {
+    EXPECT_EQ(ErrorOf("session.setFaults", R"({"rules":[")" + std::string(rule) + "\"]}"), -32002) << rule;
+  }
+}
+
+TEST_F(GivenControlSocket, AFullDiskUnderTheKeyStoreIsTold) {
+  EXPECT_EQ(Call("session.setFaults", R"({"rules":["store 2 fail"]})"), "true");
+
+  EXPECT_EQ(Call("app.setState", R"({"state":"pause"})"), "true");
+  EXPECT_THAT(Call("app.setState", R"({"state":"resume"})"), HasSubstr("no space left"));
+  EXPECT_EQ(Call("app.setState", R"({"state":"resume"})"), "true");
 }
 
 TEST_F(GivenControlSocket, LogLinesComeToWhoAskedForThem) {

@@ -18,7 +18,7 @@ using std::chrono::steady_clock;
 constexpr milliseconds kGenerousTime(60000);
 
 bool StartsSession(const std::string& subcommand) {
-  return subcommand == "run" || subcommand == "exec" || subcommand == "shell";
+  return subcommand == "run" || subcommand == "exec" || subcommand == "shell" || subcommand == "serve";
 }
 
 }  // namespace
