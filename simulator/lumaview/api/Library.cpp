@@ -9,6 +9,7 @@
 
 #include "simulator/base/Faults.h"
 #include "simulator/base/Log.h"
+#include "simulator/lumaview/cage/Cage.h"
 
 namespace sim::lumaview {
 namespace {
@@ -29,7 +30,10 @@ void LogCall(const char* function, const std::string& reason) {
 }  // namespace
 
 Library& GetLibrary() {
-  static Library* const library = new Library{Services(FirstView()), {}, {}};
+  static Library* const library = [] {
+    StartCage();  // forks, so before this library has threads
+    return new Library{Services(FirstView()), {}, {}};
+  }();
   return *library;
 }
 

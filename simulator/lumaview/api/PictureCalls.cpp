@@ -3,7 +3,6 @@
 #include "simulator/lumaview/api/Export.h"
 #include "simulator/lumaview/api/Library.h"
 #include "simulator/lumaview/api/Thumbnail.h"
-#include "simulator/lumaview/cage/Cage.h"
 
 namespace sim::lumaview {
 namespace {
@@ -28,7 +27,6 @@ using namespace sim::lumaview;
 
 LUMAVIEW_EXPORT int lumaview_pre_loading() {
   return Answer("lumaview_pre_loading", [] {
-    StartCage();  // needs a process without threads
     GetLibrary();
     return sim::Ok();
   });

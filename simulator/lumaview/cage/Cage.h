@@ -52,8 +52,8 @@ class Cage {
 /// The cage of this process; null while pictures are decoded in the process itself.
 Cage* GetCage();
 
-/// Starts the cage of this process, once, unless LUMAVIEW_CAGE or the build says no, and logs where pictures are
-/// decoded from now on. To be called before there are threads.
+/// Starts the cage of this process, once, unless LUMAVIEW_CAGE or the build says no; where pictures are decoded in the
+/// process itself the log says why. To be called before there are threads; one thread at a time.
 void StartCage();
 /// Ends it, for tests and tools. No stream may be open.
 void StopCage();

@@ -96,7 +96,11 @@ class Children {
     }
     if (pid > 0) {
       m_children.push_back({pid, std::move(channel)});
+      return;
     }
+    Message refusal{.verb = Verb::kHeader};
+    refusal.SetStatus(Error{kOutOfMemory, std::string("no process to decode in: ") + std::strerror(errno)});
+    Send(channel.Get(), refusal);
   }
 
   void AddTo(std::vector<pollfd>& polled) const {
