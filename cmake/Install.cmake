@@ -31,7 +31,9 @@ pkg_config_file(OlmEmp "Process and command interface of the television's applic
 pkg_config_file(lumaview "Picture library of the television" x11)
 pkg_config_file(vconf "Key-value store of the television")
 
-# Manual pages: written for scdoc.
+# Manual pages: some are kept as they are installed, the others are written for scdoc.
+file(GLOB finished_pages CONFIGURE_DEPENDS docs/man/*.1)
+install(FILES ${finished_pages} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 find_program(SCDOC scdoc)
 file(GLOB manual_pages CONFIGURE_DEPENDS docs/man/*.scd)
 if(SCDOC)
