@@ -45,6 +45,15 @@ const char* Header(SoupServerMessage* message, const char* name) {
   return soup_message_headers_get_one(soup_server_message_get_request_headers(message), name);
 }
 
+/// The connection that libsoup was given, out of its own wrapper in which it gives it back; a new reference, or null.
+GIOStream* Unwrapped(GIOStream* stream) {
+  GIOStream* base = nullptr;
+  if (stream != nullptr && g_object_class_find_property(G_OBJECT_GET_CLASS(stream), "base-iostream") != nullptr) {
+    g_object_get(stream, "base-iostream", &base, nullptr);
+  }
+  return base;
+}
+
 void SetHeader(SoupServerMessage* message, const char* name, const std::string& value) {
   soup_message_headers_replace(soup_server_message_get_response_headers(message), name, value.c_str());
 }
@@ -253,10 +262,11 @@ void WebServer::Upgrade(SoupServerMessage* message, GHashTable* query) {
 /// From here on the connection is not HTTP's any more.
 void WebServer::TakeOver(SoupServerMessage* message, Rights rights) {
   const GPointer<GIOStream> stream(soup_server_message_steal_connection(message));
-  if (!G_IS_SOCKET_CONNECTION(stream.get())) {
+  const GPointer<GIOStream> connection(Unwrapped(stream.get()));
+  if (!G_IS_SOCKET_CONNECTION(connection.get())) {
     return;
   }
-  GSocket* socket = g_socket_connection_get_socket(G_SOCKET_CONNECTION(stream.get()));
+  GSocket* socket = g_socket_connection_get_socket(G_SOCKET_CONNECTION(connection.get()));
   UniqueFd client(fcntl(g_socket_get_fd(socket), F_DUPFD_CLOEXEC, 0));
   const rpc::TransportLimits limits;
   auto transport = rpc::Transport::Create(g_main_context_default(), std::move(client),
