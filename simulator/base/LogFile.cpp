@@ -6,12 +6,16 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <utility>
 
 namespace sim {
 namespace {
+
+/// Bytes after which the file's size is looked at again: a command logs ten lines, and a look costs as much as a line.
+constexpr size_t kBetweenChecks = 64 << 10;
 
 bool IsSameFile(const struct stat& a, const struct stat& b) {
   return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
@@ -36,7 +40,9 @@ LogFile::LogFile(std::string path, size_t limit) : m_path(std::move(path)), m_li
 
 void LogFile::Write(std::string_view bytes) {
   const std::lock_guard lock(m_mutex);
-  if (m_fd) {
+  m_unchecked += bytes.size();
+  if (m_fd && m_unchecked > std::min(kBetweenChecks, m_limit / 16)) {
+    m_unchecked = 0;
     PutAwayIfFull();
   }
   WriteAll(m_fd ? m_fd.Get() : STDERR_FILENO, bytes);

@@ -3,6 +3,7 @@
 #define SIMULATOR_BASE_LOGFILE_H
 
 #include <cstddef>
+#include <cstdint>
 #include <mutex>
 #include <string>
 #include <string_view>
@@ -28,7 +29,8 @@ class LogFile {
   const std::string m_path;
   const size_t m_limit;
   std::mutex m_mutex;
-  UniqueFd m_fd;  ///< none: standard error
+  size_t m_unchecked = SIZE_MAX / 2;  ///< bytes written here since the file's size was looked at; at first it was not
+  UniqueFd m_fd;                      ///< none: standard error
 };
 
 }  // namespace sim

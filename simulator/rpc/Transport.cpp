@@ -15,12 +15,15 @@ namespace sim::rpc {
 namespace {
 
 constexpr size_t kReadBytes = 64 << 10;
+/// Messages handled before other sources of the context get their turn.
+constexpr int kBurst = 16;
 
 }  // namespace
 
 struct Transport::Source {
   GSource base;
   Transport* transport;
+  bool stepping;  ///< a callback is running, perhaps one that runs the context
 };
 
 std::shared_ptr<Transport> Transport::Create(GMainContext* context, UniqueFd in, UniqueFd out, TransportLimits limits) {
@@ -56,6 +59,9 @@ void Transport::Start(Callbacks callbacks) {
   m_source = g_source_new(&functions, sizeof(Source));
   reinterpret_cast<Source*>(m_source)->transport = this;
   g_source_set_name(m_source, "rpc transport");
+  // GLib takes the descriptors of any other source out of the context and puts them back around each dispatch, and
+  // wakes the context up each time. That callbacks do not nest is seen to by `stepping`.
+  g_source_set_can_recurse(m_source, TRUE);
   g_source_attach(m_source, m_context);
 }
 
@@ -94,7 +100,12 @@ gboolean Transport::OnCheck(GSource* source) {
 }
 
 gboolean Transport::OnDispatch(GSource* source, GSourceFunc, gpointer) {
-  reinterpret_cast<Source*>(source)->transport->Step();
+  auto* own = reinterpret_cast<Source*>(source);
+  if (!own->stepping) {
+    own->stepping = true;  // the context holds the source while it is dispatched, whatever becomes of the transport
+    own->transport->Step();
+    own->stepping = false;
+  }
   return G_SOURCE_CONTINUE;
 }
 
@@ -108,34 +119,39 @@ void Transport::UpdatePolling() {
       g_source_remove_unix_fd(m_source, std::exchange(tag, nullptr));
     }
   };
-  poll(m_inTag, !m_atEnd && waiting <= m_limits.unread, m_in.Get(), G_IO_IN);
-  poll(m_outTag, waiting > 0 && !m_output.IsBroken(), m_output.Descriptor(), G_IO_OUT);
+  const bool stepping = reinterpret_cast<const Source*>(m_source)->stepping;
+  poll(m_inTag, !stepping && !m_atEnd && waiting <= m_limits.unread, m_in.Get(), G_IO_IN);
+  poll(m_outTag, !stepping && waiting > 0 && !m_output.IsBroken(), m_output.Descriptor(), G_IO_OUT);
 }
 
 /// Whether `Step` has something to do without input.
 bool Transport::HasWork() const {
-  return !m_finished && (m_framing->HasNext() || m_atEnd || m_output.IsBroken());
+  return !m_finished && !reinterpret_cast<const Source*>(m_source)->stepping &&
+         (m_framing->HasNext() || m_atEnd || m_output.IsBroken());
 }
 
 bool Transport::InputIsReady() const {
   return m_inTag != nullptr && g_source_query_unix_fd(m_source, m_inTag) != GIOCondition{};
 }
 
-/// One message at a time, so that other sources of the context get their turn.
 void Transport::Step() {
   const std::shared_ptr<Transport> keep = shared_from_this();
   if (!m_output.Flush()) {
     m_atEnd = true;
     return Finish("the peer does not read any more");
   }
-  if (const std::optional<Framing::Message> message = m_framing->Next()) {
-    return Deliver(*message);
-  }
-  if (m_atEnd) {
-    return Finish(m_endReason);
-  }
-  if (InputIsReady()) {
+  if (!m_framing->HasNext() && !m_atEnd && InputIsReady()) {
     ReadSome();
+  }
+  for (int i = 0; i < kBurst && m_source != nullptr; ++i) {
+    const std::optional<Framing::Message> message = m_framing->Next();
+    if (!message) {
+      break;
+    }
+    Deliver(*message);
+  }
+  if (m_source != nullptr && m_atEnd && !m_framing->HasNext()) {
+    Finish(m_endReason);
   }
 }
 
