@@ -13,6 +13,14 @@ lumaview_event_result_e Result(int result) {
   return static_cast<lumaview_event_result_e>(result);
 }
 
+TEST(EventNumbers, AreTheApplications) {
+  EXPECT_EQ(int{olm::RENDER_ERROR}, 6);
+  EXPECT_EQ(int{olm::RENDER_COMPLETED}, 8);
+  EXPECT_EQ(int{olm::DECODE_COMPLETED}, 10);
+  EXPECT_EQ(int{olm::PHOTO_PLAYER_RESULT_SUCCESS}, 12);
+  EXPECT_EQ(int{olm::PHOTO_PLAYER_RESULT_ERROR}, 13);
+}
+
 /// An engine whose adapter plays a picture.
 struct GivenPlayingEngine : kit::EngineTest {
   void SetUp() override {

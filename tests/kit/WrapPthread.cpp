@@ -82,7 +82,10 @@ int __wrap_pthread_create(pthread_t* thread, const pthread_attr_t* attributes, v
   Call call("pthread_create");
   call.Arg(NameOfField(thread)).Arg(attributes == nullptr ? "NULL" : "attributes").Arg(BodyName(body));
   call.Arg("<" + NameOfAdapter(argument) + ">");
-  if (call.Fails()) return call.Done(0);
+  if (call.Fails()) {
+    *thread = pthread_self();  // POSIX leaves open what stands there then
+    return call.Done(0);
+  }
   {
     const std::lock_guard<std::mutex> lock(TheWorkers().mutex);
     TheWorkers().started += 1;

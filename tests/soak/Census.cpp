@@ -86,17 +86,40 @@ class Server {
   xcb_connection_t* const m_connection;
 };
 
+/// "socket:[1234]" is "socket:[]".
+std::string KindOf(std::string target) {
+  std::erase_if(target, [](char c) { return c >= '0' && c <= '9'; });
+  return target;
+}
+
+int Total(const std::map<std::string, int>& counts) {
+  int total = 0;
+  for (const auto& [kind, count] : counts) total += count;
+  return total;
+}
+
 }  // namespace
 
 bool Census::HoldsTheSameAs(const Census& other) const {
-  return processes == other.processes && threads == other.threads && descriptors == other.descriptors &&
+  return processes == other.processes && threads == other.threads &&
+         std::abs(Total(descriptors) - Total(other.descriptors)) <= kDescriptorsOfAPicture &&
          shared_mappings == other.shared_mappings && x_resources == other.x_resources;
 }
 
 std::string Census::Text() const {
   return std::to_string(anonymous_bytes >> 10) + " kB anonymous, " + std::to_string(processes) + " processes, " +
-         std::to_string(threads) + " threads, " + std::to_string(descriptors) + " descriptors, " +
+         std::to_string(threads) + " threads, " + std::to_string(Total(descriptors)) + " descriptors, " +
          std::to_string(shared_mappings) + " shared mappings, " + std::to_string(x_resources) + " X resources";
+}
+
+std::string DescriptorChanges(const Census& before, const Census& now) {
+  std::map<std::string, int> changes = now.descriptors;
+  for (const auto& [kind, count] : before.descriptors) changes[kind] -= count;
+  std::string text;
+  for (const auto& [kind, change] : changes) {
+    if (change != 0) text += " " + std::string(change > 0 ? "+" : "") + std::to_string(change) + " " + kind;
+  }
+  return text;
 }
 
 Census Take(pid_t pid) {
@@ -106,7 +129,11 @@ Census Take(pid_t pid) {
     ++census.processes;
     census.anonymous_bytes += AnonymousBytes(process);
     census.threads += CountEntries(process / "task");
-    census.descriptors += CountEntries(process / "fd");
+    for (const auto& entry : fs::directory_iterator(process / "fd")) {
+      std::error_code gone;
+      const fs::path target = fs::read_symlink(entry.path(), gone);
+      if (!gone) ++census.descriptors[KindOf(target)];
+    }
     census.shared_mappings += SharedMappings(process);
   }
   static Server server;

@@ -5,6 +5,7 @@
 #include <sys/types.h>
 
 #include <cstdint>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -16,13 +17,19 @@ struct Census {
   // What must be the same whenever the same stands on the screen:
   int processes = 0;
   int threads = 0;
-  int descriptors = 0;
+  std::map<std::string, int> descriptors;  ///< how many of each kind: what they refer to, without its number
   int shared_mappings = 0;  ///< of shared memory, each mapping once
   int x_resources = 0;      ///< of every client of the X server
 
+  /// All the same, but for the descriptors of one picture: a decoded one that comes from the cache holds fewer than one
+  /// that was decoded for the showing.
   bool HoldsTheSameAs(const Census& other) const;
+  static constexpr int kDescriptorsOfAPicture = 2;
   std::string Text() const;
 };
+
+/// The descriptors of which there are more or fewer than before, as text; empty where they are the same.
+std::string DescriptorChanges(const Census& before, const Census& now);
 
 /// Of `pid` and everything below it, and of the X server on DISPLAY.
 Census Take(pid_t pid);

@@ -81,21 +81,12 @@ class Soak {
   }
 
   void Slides(int count) {
-    Run("slides", count, [this](int slide) {
-      if (slide % kPlayerEvery == 0) {
-        m_player.Do("Stop");
-        m_player.Do("InitPlayer", {PictureOf(slide)});
-      } else {
-        m_player.Do("ChangePlayingURL", {PictureOf(slide)});
-      }
-      if (slide % kEffectEvery == 1) {
-        m_player.Do("EffectShow", {std::to_string(slide / kEffectEvery % kEffects)});
-        m_player.AwaitEvent(kShown);
-        return;
-      }
+    const auto slide = [this](int number) { Slide(number); };
+    const auto settle = [this] {
+      m_player.Do("ChangePlayingURL", {m_pictures.front()});
       Show();
-      if (slide % kPauseEvery == 0) PauseAndResume();
-    });
+    };
+    Run("slides", count, slide, settle);
   }
 
   void Areas(int rounds) {
@@ -158,6 +149,22 @@ class Soak {
     Show();
   }
 
+  void Slide(int slide) {
+    if (slide % kPlayerEvery == 0) {
+      m_player.Do("Stop");
+      m_player.Do("InitPlayer", {PictureOf(slide)});
+    } else {
+      m_player.Do("ChangePlayingURL", {PictureOf(slide)});
+    }
+    if (slide % kEffectEvery == 1) {
+      m_player.Do("EffectShow", {std::to_string(slide / kEffectEvery % kEffects)});
+      m_player.AwaitEvent(kShown);
+      return;
+    }
+    Show();
+    if (slide % kPauseEvery == 0) PauseAndResume();
+  }
+
   /// The resumed picture is shown anew, which is reported.
   void PauseAndResume() {
     for (const char* state : {"pause", "resume"}) {
@@ -168,7 +175,8 @@ class Soak {
 
   /// `step` is called with 0 to `count`; the census is taken after every `count / kSamples` steps, from the first. What
   /// it is compared with is the first one after the warm-up: a thread that was never needed before is started then.
-  void Run(const char* name, int count, const std::function<void(int)>& step) {
+  /// `settle` brings the same onto the screen before each of them.
+  void Run(const char* name, int count, const std::function<void(int)>& step, const std::function<void()>& settle = {}) {
     const int every = std::max(count / kSamples, 1);
     const int warm_at = count / kWarmUpPart / every * every;
     std::vector<double> steps, bytes;
@@ -176,10 +184,12 @@ class Soak {
     for (int at = 0; at <= count; ++at) {
       step(at);
       if (at % every != 0 || at < warm_at) continue;
+      if (settle) settle();
       if (at == warm_at) first = AwaitQuiet();
       const Census census = AwaitSame(first);
       if (!census.HoldsTheSameAs(first)) {
-        Fail(std::string(name) + " " + std::to_string(at) + ": " + census.Text() + "\n  before: " + first.Text());
+        Fail(std::string(name) + " " + std::to_string(at) + ": " + census.Text() + "\n  before: " + first.Text() +
+             "\n  descriptors:" + DescriptorChanges(first, census));
         return;
       }
       steps.push_back(at);

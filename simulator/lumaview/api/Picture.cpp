@@ -85,6 +85,7 @@ Size Picture::ExpectedSize() const {
 void Picture::Prepare() {
   if (m_rendering) {
     m_rendering->Cancel();
+    m_rendering.reset();
   }
   const uint64_t generation = ++m_generation;
   m_rendered.reset();
@@ -130,6 +131,7 @@ void Picture::OnFrame(uint64_t generation, Result<Rendered> rendered) {
     return;
   }
   m_running = false;
+  m_rendering.reset();  // a picture that stands holds nothing that it does not need
   if (!rendered) {
     LogFailure(m_file->GetPath(), rendered.error());
   }
