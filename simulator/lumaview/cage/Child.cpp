@@ -6,6 +6,8 @@
 
 #include <memory>
 #include <new>
+#include <string>
+#include <system_error>
 #include <utility>
 
 #include "simulator/lumaview/cage/Bars.h"
@@ -47,6 +49,8 @@ Status WithoutExceptions(Work work) {
     return work();
   } catch (const std::bad_alloc&) {
     return Error{kOutOfMemory, "no memory to decode the picture"};
+  } catch (const std::system_error& problem) {
+    return Error{kOutOfMemory, std::string("no thread to decode the picture: ") + problem.what()};
   }
 }
 

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <new>
+#include <string>
+#include <system_error>
 #include <utility>
 
 #include "simulator/lumaview/image/Preview.h"
@@ -47,6 +49,8 @@ class LocalStream : public FrameStream {
       SIM_TRY(draw((*frame)->GetPixels()));
     } catch (const std::bad_alloc&) {
       return Error{kOutOfMemory, "no memory to decode the picture"};
+    } catch (const std::system_error& problem) {
+      return Error{kOutOfMemory, std::string("no thread to decode the picture: ") + problem.what()};
     }
     return FramePtr(std::move(*frame));
   }
