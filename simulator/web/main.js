@@ -288,7 +288,7 @@ byId('remote').addEventListener('click', ({target}) => {
     setApplicationState(state);
   }
 });
-byId('slideshow').elements.effect.append(make('option', {value: ANY_EFFECT}, 'always another one'));
+byId('slideshow').elements.effect.append(make('option', {value: ANY_EFFECT}, 'varying'));
 byId('slideshow').addEventListener('input', readSlideShow);
 byId('slideshow').addEventListener('submit', (event) => event.preventDefault());
 byId('add').addEventListener('submit', addPictures);

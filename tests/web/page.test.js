@@ -108,7 +108,7 @@ describe('with the keyboard alone', () => {
 
   test('a slide show runs, with transitions, until it is paused', async () => {
     await page.fill('#slideshow [name=seconds]', '0.5');
-    await page.selectOption('#slideshow [name=effect]', {label: 'always another one'});
+    await page.selectOption('#slideshow [name=effect]', {label: 'varying'});
     await page.locator('#remote').focus();
     await page.keyboard.press(' ');
     for (const name of [...NAMES, 'red']) {
