@@ -21,7 +21,7 @@ add_executable(bare_start pictures/bare_start.cpp)
 target_link_libraries(bare_start PRIVATE project_options PkgConfig::BENCH_START)
 
 add_executable(stop_delay pictures/stop_delay.cpp)
-target_link_libraries(stop_delay PRIVATE lumaview_image)
+target_link_libraries(stop_delay PRIVATE lumaview_picture)
 
 add_custom_target(pictures_bench DEPENDS decode_floor put_floor screen_watch bare_start stop_delay)
 if(BENCH_JXL_FOUND AND NOT TARGET ppm-to-jxl)

@@ -1,18 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 /// stop_delay FILE...: how long a decode goes on after nobody wants its picture any more. Decodes each file for a
 /// window of 1920 x 1080 on a thread, drops the picture after 1/10, 3/10, 5/10, 7/10 and 9/10 of the time that the
-/// whole takes, and prints the file, that time and the longest wait for the thread, in milliseconds.
-#include <fcntl.h>
-
+/// whole takes, and prints the file, that time and the longest wait for the thread, in milliseconds. Decoders run in
+/// processes of their own as they do in the engine: LUMAVIEW_CAGE=off shows what each library does by itself.
 #include <algorithm>
-#include <atomic>
 #include <chrono>
 #include <cstdio>
+#include <memory>
 #include <thread>
-#include <vector>
 
-#include "simulator/base/UniqueFd.h"
-#include "simulator/lumaview/image/Render.h"
+#include "simulator/lumaview/cage/Cage.h"
+#include "simulator/lumaview/picture/FrameStream.h"
 
 namespace {
 
@@ -24,27 +22,28 @@ using Milliseconds = std::chrono::duration<double, std::milli>;
 
 constexpr Size kWindow{1920, 1080};
 
-bool Decode(const char* path, const std::atomic<bool>& cancelled) {
-  std::vector<uint32_t> pixels(static_cast<size_t>(kWindow.width) * static_cast<size_t>(kWindow.height));
-  const UniqueFd file(open(path, O_RDONLY | O_CLOEXEC));
-  Source source(file.Get(), GetLimits(), cancelled);
-  const Result<std::unique_ptr<Decoder>> decoder = OpenPicture(source);
-  return decoder && RenderFrame(**decoder, {}, {pixels.data(), kWindow.width, kWindow.height, kWindow.width});
+bool Decode(const char* path, const CancelFlag& cancelled) {
+  const auto file = PictureFile::Open(path);
+  if (!file) {
+    return false;
+  }
+  const auto stream = FrameStream::Open(*file, cancelled);
+  return stream && (*stream)->RenderNext(View{}, kWindow);
 }
 
 /// From the moment when the picture is dropped.
 Milliseconds StopAfter(Milliseconds lead, const char* path) {
-  std::atomic<bool> cancelled{false};
+  const auto cancelled = std::make_shared<Cancellation>();
   std::thread decoding([&] { Decode(path, cancelled); });
   std::this_thread::sleep_for(lead);
   const auto dropped = Clock::now();
-  cancelled = true;
+  cancelled->Cancel();
   decoding.join();
   return Clock::now() - dropped;
 }
 
 bool Measure(const char* path) {
-  const std::atomic<bool> wanted{false};
+  const auto wanted = std::make_shared<Cancellation>();
   Decode(path, wanted);  // reads the file and loads the library
   const auto begin = Clock::now();
   if (!Decode(path, wanted)) {
@@ -63,11 +62,14 @@ bool Measure(const char* path) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  for (int i = 1; i < argc; ++i) {
+  StartCage();
+  int status = argc > 1 ? 0 : 2;
+  for (int i = 1; i < argc && status == 0; ++i) {
     if (!Measure(argv[i])) {
       std::fprintf(stderr, "stop_delay: %s cannot be decoded\n", argv[i]);
-      return 1;
+      status = 1;
     }
   }
-  return argc > 1 ? 0 : 2;
+  StopCage();
+  return status;
 }
