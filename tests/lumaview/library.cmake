@@ -14,7 +14,7 @@ set(with_private_x ${PROJECT_SOURCE_DIR}/tests/system/with-private-x)
 
 # lumaview_screen_test(NAME TARGET [ENVIRONMENT...])
 function(lumaview_screen_test name target)
-  add_test(NAME lumaview.${name} COMMAND ${with_private_x} --size 1280x720 -- $<TARGET_FILE:${target}>)
+  add_test(NAME lumaview.${name} COMMAND ${with_private_x} --size 1280x720 -- ${EMULATOR} $<TARGET_FILE:${target}>)
   set_tests_properties(lumaview.${name} PROPERTIES TIMEOUT 300 ENVIRONMENT "${ARGN}")
 endfunction()
 
@@ -25,7 +25,7 @@ foreach(put memfd sysv chunks)
 endforeach()
 
 add_test(NAME lumaview.show.depth16
-  COMMAND ${with_private_x} --size 1280x720 --depth 16 -- $<TARGET_FILE:lumaview_show_test>)
+  COMMAND ${with_private_x} --size 1280x720 --depth 16 -- ${EMULATOR} $<TARGET_FILE:lumaview_show_test>)
 set_tests_properties(lumaview.show.depth16 PROPERTIES TIMEOUT 300)
 
 add_executable(lumaview_animation_test LibraryAnimationTest.cpp LoadedLibrary.cpp)
@@ -51,7 +51,7 @@ endforeach()
 
 # What ends an effect ends it at once: here one would take two minutes.
 add_test(NAME lumaview.transition.long
-  COMMAND ${with_private_x} --size 1280x720 -- $<TARGET_FILE:lumaview_transition_test>
+  COMMAND ${with_private_x} --size 1280x720 -- ${EMULATOR} $<TARGET_FILE:lumaview_transition_test>
     --gtest_filter=*.*Destroyed*:*.ResizedWindow*:*.PictureShownDuring*:*.LockedDisplay*)
 set_tests_properties(lumaview.transition.long PROPERTIES TIMEOUT 300 ENVIRONMENT LUMAVIEW_EFFECT_MS=120000)
 

@@ -25,9 +25,10 @@ add_custom_target(small_pictures DEPENDS ${SMALL_PICTURES}/MANIFEST.tsv)
 add_executable(lumaview_pictures_test FindsTest.cpp TestPictures.cpp PictureSet.cpp PicturesLookTest.cpp PicturesTest.cpp)
 add_dependencies(lumaview_pictures_test small_pictures picture-outcome)
 target_link_libraries(lumaview_pictures_test PRIVATE lumaview_image GTest::gtest_main)
+started_program(picture-outcome picture_outcome)
 target_compile_definitions(lumaview_pictures_test PRIVATE
   FINDS_FOLDER="${CMAKE_CURRENT_SOURCE_DIR}/finds"
-  SMALL_PICTURES_FOLDER="${SMALL_PICTURES}" PICTURE_OUTCOME="$<TARGET_FILE:picture-outcome>")
+  SMALL_PICTURES_FOLDER="${SMALL_PICTURES}" PICTURE_OUTCOME="${picture_outcome}")
 # In processes of their own, and in the process itself.
 gtest_discover_tests(lumaview_pictures_test PROPERTIES TIMEOUT 1800 ENVIRONMENT LUMAVIEW_CAGE=on)
 gtest_discover_tests(lumaview_pictures_test
