@@ -20,17 +20,23 @@ struct Freed {
   void operator()(void* reply) const { std::free(reply); }
 };
 
-int CountEntries(const fs::path& folder) {
-  return static_cast<int>(std::distance(fs::directory_iterator(folder), fs::directory_iterator()));
+/// Of a process that ends meanwhile: those that were seen.
+std::vector<fs::path> EntriesOf(const fs::path& folder) {
+  std::vector<fs::path> entries;
+  std::error_code gone;
+  for (fs::directory_iterator at(folder, gone); !gone && at != fs::directory_iterator(); at.increment(gone)) {
+    entries.push_back(at->path());
+  }
+  return entries;
 }
 
-/// `pid` and all below it.
+/// `pid` and all below it; a decoder's process may end while it is looked at.
 std::vector<pid_t> FamilyOf(pid_t pid) {
   std::vector<pid_t> family{pid};
   for (size_t at = 0; at < family.size(); ++at) {
     const fs::path tasks = "/proc/" + std::to_string(family[at]) + "/task";
-    for (const auto& task : fs::directory_iterator(tasks)) {
-      std::ifstream children(task.path() / "children");
+    for (const fs::path& task : EntriesOf(tasks)) {
+      std::ifstream children(task / "children");
       for (pid_t child; children >> child;) family.push_back(child);
     }
   }
@@ -128,10 +134,10 @@ Census Take(pid_t pid) {
     const fs::path process = "/proc/" + std::to_string(member);
     ++census.processes;
     census.anonymous_bytes += AnonymousBytes(process);
-    census.threads += CountEntries(process / "task");
-    for (const auto& entry : fs::directory_iterator(process / "fd")) {
+    census.threads += static_cast<int>(EntriesOf(process / "task").size());
+    for (const fs::path& entry : EntriesOf(process / "fd")) {
       std::error_code gone;
-      const fs::path target = fs::read_symlink(entry.path(), gone);
+      const fs::path target = fs::read_symlink(entry, gone);
       if (!gone) ++census.descriptors[KindOf(target)];
     }
     census.shared_mappings += SharedMappings(process);
