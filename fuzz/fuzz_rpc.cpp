@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // What a client sends, as lines and as a WebSocket's frames: framing, parsing, and the replies. The first byte chooses
 // the framing and into what pieces the rest is cut.
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
