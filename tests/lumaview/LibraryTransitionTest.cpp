@@ -159,8 +159,7 @@ TEST_F(GivenRedScreen, DestroyedEffectEndsOnItsPictureWithoutAReport) {
 
   EXPECT_EQ(lumaview_destroy_transition_effect(&effect), 0);
 
-  EXPECT_TRUE(ShowsEventually(100, 100, kGreen));
-  EXPECT_TRUE(WholeWindowIs(kGreen));
+  EXPECT_TRUE(Eventually([&] { return WholeWindowIs(kGreen); }));
   EXPECT_TRUE(Reports::Get().IsEmpty());
 }
 
