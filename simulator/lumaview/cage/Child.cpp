@@ -127,9 +127,9 @@ void RunChild() {
       job = std::make_unique<Job>(std::move(attached), request.bytes);
       Send(kChannelFd, job->Open(bars));
     } else if (job != nullptr && job->IsOpen()) {
-      // The memory is let go before the engine hears of it.
-      Send(kChannelFd, job->Draw(request, attached));
-      attached.Reset();
+      const Message answer = job->Draw(request, attached);
+      attached.Reset();  // the memory is let go before the engine hears of it
+      Send(kChannelFd, answer);
     }
   }
   _exit(0);
