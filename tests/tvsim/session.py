@@ -21,6 +21,21 @@ def await_true(what, condition):
     return value
 
 
+def settled(what, value):
+    """What `value` returns once it has been the same for a while: a picture's own process ends when it is drawn."""
+    found, since = value(), time.monotonic()
+
+    def is_settled():
+        nonlocal found, since
+        now = value()
+        if now != found:
+            found, since = now, time.monotonic()
+        return time.monotonic() - since > 0.5
+
+    await_true(f"a number of {what} that stays", is_settled)
+    return found
+
+
 class Client:
     """A connection to a control socket."""
 
