@@ -9,7 +9,8 @@ if(PICTURE_OPTIMISE)
   target_compile_options(project_sanitizers INTERFACE ${PICTURE_OPTIMISE})
 endif()
 if(PICTURE_ASSERTIONS)
-  # Instead of -O2 -g -DNDEBUG.
-  set(CMAKE_CXX_FLAGS_RELWITHDEBINFO "-O2 -g")
-  set(CMAKE_C_FLAGS_RELWITHDEBINFO "-O2 -g")
+  # Instead of -O2 -g -DNDEBUG. Functions and lines are enough for a backtrace, and take a third less time to compile;
+  # who steps through the code wants a Debug build anyway.
+  set(CMAKE_CXX_FLAGS_RELWITHDEBINFO "-O2 -g1")
+  set(CMAKE_C_FLAGS_RELWITHDEBINFO "-O2 -g1")
 endif()
