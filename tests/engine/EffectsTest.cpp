@@ -50,6 +50,11 @@ TEST_F(EffectsOfAnEngine, NeedAPath) {
   EXPECT_EQ(Adapter().m_pTransitionEffect, nullptr);
 }
 
+TEST_F(EffectsOfAnEngine, TakeAPathOfOneCharacter) {
+  ASSERT_EQ(Adapter().InitPlayer("a"), 1);
+  EXPECT_EQ(Adapter().EffectShow(Effect(3)), 1);
+}
+
 TEST_F(EffectsOfAPreparedPicture, InitialiseTheDisplayAndRun) {
   ExpectEffect(3, "first effect of a prepared picture");
   ExpectRunning();
