@@ -59,7 +59,8 @@ void Screen::Resize(Window window, int width, int height) {
 
 void Screen::Destroy(Window window) {
   xcb_destroy_window(m_connection, Id(window));
-  xcb_flush(m_connection);
+  // An answer means that the server has done what came before it, whoever asks it next.
+  std::free(xcb_get_input_focus_reply(m_connection, xcb_get_input_focus(m_connection), nullptr));
 }
 
 void Screen::FillWhite(Window window) {
