@@ -2,8 +2,10 @@
 # How a test starts one of our programs: by itself or, when it is built for another processor, under the emulator.
 if(CMAKE_CROSSCOMPILING)
   set(EMULATOR ${CMAKE_CROSSCOMPILING_EMULATOR})
+  set(EMULATED 1)
 else()
   set(EMULATOR "")
+  set(EMULATED 0)
 endif()
 
 # started_program(TARGET RESULT): the file that a program may exec as TARGET. For another processor that is a script.

@@ -1,10 +1,13 @@
 # SPDX-License-Identifier: Apache-2.0
 # The television's processor: 32-bit ARM, hard float. Headers and libraries come from the sysroot that
-# script/lib/arm-sysroot fills; programs run under qemu-user.
+# script/lib/arm-sysroot fills; programs run under qemu-user. PICTURE_SYSROOT names another folder than its own.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR arm)
 
 set(CMAKE_SYSROOT ${CMAKE_CURRENT_LIST_DIR}/../build/arm-sysroot)
+if(DEFINED ENV{PICTURE_SYSROOT})
+  set(CMAKE_SYSROOT $ENV{PICTURE_SYSROOT})
+endif()
 cmake_path(ABSOLUTE_PATH CMAKE_SYSROOT NORMALIZE)
 
 # By full path: the sysroot holds an ARM compiler of its own, which does not run here.
