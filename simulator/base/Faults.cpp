@@ -15,6 +15,7 @@
 #include <fstream>
 #include <mutex>
 #include <sstream>
+#include <thread>
 
 #include "simulator/base/Log.h"
 #include "simulator/base/UniqueFd.h"
@@ -57,10 +58,21 @@ bool ReadAction(const std::string& action, const std::string& value, Fault& faul
   return value.empty() && fault.action != FaultAction::kNone;
 }
 
-/// Events can be dropped or delayed, calls can fail or hang.
+/// Events can be dropped, calls can fail or hang, either can be delayed.
 bool Suits(const std::string& what, FaultAction action) {
-  const bool for_event = action == FaultAction::kDrop || action == FaultAction::kDelay;
-  return what.starts_with("event:") == for_event;
+  return action == FaultAction::kDelay || what.starts_with("event:") == (action == FaultAction::kDrop);
+}
+
+/// What a call does, for the log.
+std::string DoingOf(const Fault& fault) {
+  switch (fault.action) {
+    case FaultAction::kHang:
+      return "hangs";
+    case FaultAction::kDelay:
+      return "waits " + std::to_string(fault.delay.count()) + " ms first";
+    default:
+      return "fails";
+  }
 }
 
 Counts* MapCounts(const std::string& file) {
@@ -176,8 +188,9 @@ Fault NextFault(std::string_view what) {
 Fault NextFaultOfCall(std::string_view what) {
   const Fault fault = NextFault(what);
   if (fault.action != FaultAction::kNone) {
-    Log(LogLevel::kWarning, "fault", std::string(what) + (fault.action == FaultAction::kHang ? " hangs" : " fails"));
+    Log(LogLevel::kWarning, "fault", std::string(what) + " " + DoingOf(fault));
   }
+  std::this_thread::sleep_for(fault.delay);
   while (fault.action == FaultAction::kHang) {
     pause();
   }

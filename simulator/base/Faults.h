@@ -6,6 +6,7 @@
 ///     lumaview_parse 3 fail 7          the third call answers 7; without a VALUE -1
 ///     lumaview_decode 1 hang           the first call never returns
 ///     vconf_notify_key_changed * fail  every call fails
+///     lumaview_destroy 2 delay 3000ms  the second call waits three seconds before it does its work
 ///     event:8 2 drop                   the second event 8 does not come
 ///     event:10 * delay 500ms           every event 10 comes half a second late
 ///     store * fail                     no key can be written, as on a full disk
@@ -29,7 +30,7 @@ enum class FaultAction { kNone, kFail, kHang, kDrop, kDelay };
 struct Fault {
   FaultAction action = FaultAction::kNone;
   int value = -1;                      ///< of kFail
-  std::chrono::milliseconds delay{0};  ///< of kDelay
+  std::chrono::milliseconds delay{0};  ///< of kDelay; else 0
 };
 
 struct FaultRule {
@@ -48,7 +49,7 @@ Status WriteFaultRules(const std::string& file, const std::vector<std::string>& 
 /// What shall become of this call or event. Costs nothing without OLM_FAULTS, and with it a look at a file. Any thread.
 Fault NextFault(std::string_view what);
 
-/// As above; where the call shall hang it does not return.
+/// As above; where the call shall be delayed it returns that much later, and where it shall hang it does not return.
 Fault NextFaultOfCall(std::string_view what);
 
 }  // namespace sim

@@ -1,10 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "simulator/base/Log.h"
 
+#include <fcntl.h>
+#include <pthread.h>
+
+#include <algorithm>
+#include <charconv>
 #include <cstdlib>
 #include <string>
 
 #include "simulator/base/LogFile.h"
+#include "simulator/base/LogStage.h"
 
 namespace sim {
 namespace {
@@ -20,6 +26,27 @@ LogFile& File() {
   return *file;
 }
 
+/// Null where this process was given none; a process that is forked has none either. Never closed, like the file.
+LogStage*& Stage() {
+  static LogStage* stage = [] {
+    const std::string number = Environment("OLM_LOG_STAGE");
+    int memory = -1;
+    std::from_chars(number.data(), number.data() + number.size(), memory);
+    auto opened = LogStage::Open(memory);
+    if (!opened) {
+      return static_cast<LogStage*>(nullptr);
+    }
+    fcntl(memory, F_SETFD, FD_CLOEXEC);
+    pthread_atfork(nullptr, nullptr, [] { Stage() = nullptr; });
+    return opened->release();
+  }();
+  return stage;
+}
+
+void WriteToFile(std::string_view lines) {
+  File().Write(lines);
+}
+
 unsigned int HighestLevel() {
   static const unsigned int highest = [] {
     const std::string level = Environment("OLM_LOG_LEVEL");
@@ -30,6 +57,15 @@ unsigned int HighestLevel() {
 
 bool IsControl(char c) {
   return (static_cast<unsigned char>(c) < 0x20 && c != '\t') || c == 0x7F;
+}
+
+/// Looks to the end whatever it finds, so that the compiler looks at many characters at once.
+bool HasControl(std::string_view text) {
+  unsigned char found = 0;
+  for (const char c : text) {
+    found |= static_cast<unsigned char>(IsControl(c));
+  }
+  return found != 0;
 }
 
 }  // namespace
@@ -49,24 +85,47 @@ void WriteLogLine(LogLevel level, std::string_view line) {
   if (!IsLogged(level)) {
     return;
   }
-  if (line.ends_with('\n')) {
-    return File().Write(line);
+  if (!line.ends_with('\n')) {
+    return WriteLogLine(level, std::string(line) + '\n');
   }
-  File().Write(std::string(line) + '\n');
+  if (LogStage* stage = Stage()) {
+    stage->Add(line, WriteToFile);
+  } else {
+    WriteToFile(line);
+  }
+}
+
+HeldLog::HeldLog() {
+  if (LogStage* stage = Stage()) {
+    stage->Hold();
+  }
+}
+
+HeldLog::~HeldLog() {
+  if (LogStage* stage = Stage()) {
+    stage->Release(WriteToFile);
+  }
+}
+
+void FlushLog() {
+  if (LogStage* stage = Stage()) {
+    stage->Flush(WriteToFile);
+  }
 }
 
 void AppendWithoutControls(std::string& line, std::string_view text) {
-  constexpr char kDigits[] = "0123456789ABCDEF";
-  size_t copied = 0;
-  for (size_t i = 0; i < text.size(); ++i) {
-    if (IsControl(text[i])) {
-      line.append(text, copied, i - copied).append("\\x");
-      line += kDigits[static_cast<unsigned char>(text[i]) >> 4];
-      line += kDigits[text[i] & 0xF];
-      copied = i + 1;
-    }
+  if (!HasControl(text)) {
+    line.append(text);
+    return;
   }
-  line.append(text, copied);
+  constexpr char kDigits[] = "0123456789ABCDEF";
+  for (auto control = text.begin(); (control = std::find_if(text.begin(), text.end(), IsControl)) != text.end();) {
+    line.append(text.begin(), control).append("\\x");
+    line += kDigits[static_cast<unsigned char>(*control) >> 4];
+    line += kDigits[*control & 0xF];
+    text.remove_prefix(static_cast<size_t>(control - text.begin()) + 1);
+  }
+  line.append(text);
 }
 
 }  // namespace sim

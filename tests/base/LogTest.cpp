@@ -2,33 +2,13 @@
 #include "simulator/base/Log.h"
 
 #include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <cstdlib>
 
-#include "tests/base/TemporaryFolder.h"
+#include "tests/base/LoggedBy.h"
 
 namespace sim {
 namespace {
-
-/// The environment is read at a process's first line, so each case logs in a process of its own.
-class GivenLogInAFile : public testing::Test {
- protected:
-  template <typename Work>
-  std::string LoggedBy(Work work) const {
-    const pid_t pid = fork();
-    if (pid == 0) {
-      setenv("OLM_LOG_FILE", (m_folder / "log").c_str(), 1);
-      work();
-      _exit(0);
-    }
-    waitpid(pid, nullptr, 0);
-    return ReadFile(m_folder / "log");
-  }
-
-  const TemporaryFolder m_folder;
-};
 
 TEST_F(GivenLogInAFile, LineNamesItsComponent) {
   EXPECT_EQ(LoggedBy([] { Log(LogLevel::kInfo, "lumaview", "no such file"); }), "[lumaview] no such file\n");
