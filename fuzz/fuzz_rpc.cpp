@@ -1,14 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 // What a client sends, as lines and as a WebSocket's frames: framing, parsing, and the replies. The first byte chooses
-// the framing and into what pieces the rest is cut.
+// the framing and into what pieces the rest is cut. What is read of a message without a document has to be what the
+// parser finds in it.
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <string_view>
 
 #include "simulator/rpc/LineBuffer.h"
 #include "simulator/rpc/MessageHandler.h"
+#include "simulator/rpc/PlainMessage.h"
 #include "simulator/rpc/WebSocketFraming.h"
 
 using namespace sim::rpc;
@@ -41,6 +44,27 @@ void Check(std::string_view reply) {
   }
 }
 
+void CheckMember(const nlohmann::json& json, const char* name, std::string_view read) {
+  const bool same =
+      read.empty() ? !json.contains(name) : json.contains(name) && nlohmann::json::parse(read) == json[name];
+  if (!same) {
+    std::abort();
+  }
+}
+
+void CheckPlain(std::string_view message) {
+  const auto plain = PlainMessage::Read(message);
+  if (!plain) {
+    return;
+  }
+  const nlohmann::json json = nlohmann::json::parse(message);  // ends the run where it is no JSON
+  CheckMember(json, "jsonrpc", plain->jsonrpc);
+  CheckMember(json, "method", plain->method);
+  CheckMember(json, "params", plain->params);
+  CheckMember(json, "id", plain->id);
+  CheckMember(json, "result", plain->result);
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
@@ -66,6 +90,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (message->text.size() > kLimit) {
       std::abort();
     }
+    CheckPlain(message->text);
     handler.Handle(message->text, Check);
   }
   return 0;

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <atomic>
 #include <csignal>
 #include <cstdlib>
 #include <memory>
@@ -8,12 +9,27 @@
 #include "simulator/framework/EngineProcess.h"
 
 namespace olm {
+namespace {
+
+std::atomic<bool> s_is_running{false};
+
+/// Xlib does so when its connection is lost, and behind another error handler without a word.
+void TellEarlyExit() {
+  if (s_is_running) {
+    sim::Log(sim::LogLevel::kError, "framework", "a library ends the process, as Xlib does when the X server has gone");
+  }
+}
+
+}  // namespace
 
 int EmpMain(int /*argc*/, char** /*argv*/, CEmpAppBase* app) {
   // Without it ecore, when the engine first asks for the focused window, loads modules that fill the log.
   setenv("ECORE_NO_SYSTEM_MODULES", "1", 1);
   // An application that is gone is seen at the write that fails.
   std::signal(SIGPIPE, SIG_IGN);
+
+  s_is_running = true;
+  std::atexit(TellEarlyExit);
 
   sim::framework::EngineProcess process{std::unique_ptr<CEmpAppBase>(app)};
   const sim::Status started = process.Start();
@@ -23,6 +39,7 @@ int EmpMain(int /*argc*/, char** /*argv*/, CEmpAppBase* app) {
     sim::Log(sim::LogLevel::kError, "framework", "cannot start: " + started.error().reason);
   }
   process.End();
+  s_is_running = false;
   return started ? 0 : 1;
 }
 

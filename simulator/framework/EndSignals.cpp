@@ -42,6 +42,10 @@ EndSignals::~EndSignals() {
 }
 
 void EndSignals::Assert() {
+  struct sigaction current {};
+  if (sigaction(kSignals[0], nullptr, &current) == 0 && current.sa_handler == OnEndSignal) {
+    return;
+  }
   struct sigaction action {};
   action.sa_handler = OnEndSignal;
   action.sa_flags = SA_RESTART;

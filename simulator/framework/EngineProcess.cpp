@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "simulator/base/Log.h"
+#include "simulator/base/LogStage.h"
 #include "simulator/framework/Channel.h"
 #include "simulator/framework/EventSender.h"
 #include "simulator/vconf/include/vconf_simulator.h"
@@ -103,10 +104,13 @@ bool EngineProcess::CloseApp() {
   return std::exchange(m_isOpen, false) && m_app->Close(m_handle);
 }
 
+/// What commands have answered has left before the next one runs, however long that takes and even if it crashes.
 rpc::Answer EngineProcess::Execute(CommandParams params) {
   if (params.params.size() > kMaxParams) {
     return rpc::Failure(rpc::kInvalidParams, "a command has up to " + std::to_string(kMaxParams) + " parameters");
   }
+  m_channel->Flush();
+  const HeldLog held;
   params.params.resize(kMaxParams);
   const std::vector<std::string>& texts = params.params;
   std::string result;
@@ -115,6 +119,8 @@ rpc::Answer EngineProcess::Execute(CommandParams params) {
 }
 
 rpc::Answer EngineProcess::ExecuteWithParamList(const CommandParams& params) {
+  m_channel->Flush();
+  const HeldLog held;
   olm::ParamList list;
   list.push_back(params.command);
   for (const std::string& text : params.params) {

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "simulator/base/Faults.h"
+#include "simulator/base/LogStage.h"
 #include "simulator/rpc/JsonText.h"
 
 namespace sim::framework {
@@ -56,7 +57,9 @@ void EventSender::Send(int event, std::string_view param1, std::string_view para
   }
 }
 
+/// Who hears of an event may read in the log how it came about.
 void EventSender::SendNow(std::string_view message) {
+  FlushLog();
   const std::lock_guard lock(m_mutex);
   if (m_transport != nullptr) {
     m_transport->Send(message);

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
+#include <charconv>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
 #include <string>
 #include <string_view>
-#include <utility>
 
 #include "platform/olm_emp.h"
 #include "simulator/base/Log.h"
@@ -21,34 +21,37 @@ constexpr std::string_view kColourStart = "\033[3";
 constexpr size_t kColourLength = 5;
 constexpr std::string_view kColourEnd = "\033[0m";
 
-/// A prefix whose message has not come yet.
+/// A line whose message has not come yet.
 struct Pending {
-  std::string prefix;
+  std::string line;
+  std::string message;  ///< both keep their room for the thread's next lines
   sim::LogLevel level = sim::LogLevel::kPlain;
 
   /// Writes a prefix that stays without a message.
   void Flush() {
-    if (!prefix.empty()) {
-      sim::WriteLogLine(level, std::exchange(prefix, {}));
+    if (!line.empty()) {
+      Write(level);
     }
+  }
+  void Write(sim::LogLevel as) {
+    sim::WriteLogLine(as, line);
+    line.clear();
   }
   ~Pending() { Flush(); }
 };
-thread_local Pending pending;
+thread_local Pending pendingOfThread;
 
-__attribute__((format(printf, 1, 0))) std::string Format(const char* format, va_list arguments) {
-  char room[512];  // for nearly every line
-  va_list again;
-  va_copy(again, arguments);
-  const int length = std::vsnprintf(room, sizeof room, format, arguments);
-  std::string text(static_cast<size_t>(std::max(length, 0)), '\0');
-  if (text.size() < sizeof room) {
-    text.assign(room, text.size());
-  } else {
-    std::vsnprintf(text.data(), text.size() + 1, format, again);
-  }
-  va_end(again);
-  return text;
+template <typename Number>
+void AppendNumber(std::string& text, Number number, int base) {
+  char digits[16];
+  text.append(digits, std::to_chars(std::begin(digits), std::end(digits), number, base).ptr);
+}
+
+/// As kPrefixFormat says; every second call is for one.
+void AppendPrefix(std::string& line, const char* function, int number) {
+  line.append("[OLM][").append(function).append(1, '(');
+  AppendNumber(line, number, 10);
+  line.append(")] ");
 }
 
 /// Appends `message` so that the line stays one: its colour stays, its line end goes, what else would move the cursor
@@ -65,6 +68,46 @@ void AppendMessage(std::string& line, std::string_view message) {
   line.append(coloured ? kColourEnd : "").append("\n");
 }
 
+/// Appends what vsnprintf would write, where `format` has plain %s, %d and %x only, as nearly every line of the engine
+/// has; that takes a fifth of its time. False otherwise, and `text` is of no use.
+__attribute__((format(printf, 2, 0))) bool AppendPlainFormatted(std::string& text, const char* format,
+                                                                va_list arguments) {
+  for (const char* percent; (percent = std::strchr(format, '%')) != nullptr; format = percent + 2) {
+    text.append(format, percent);
+    switch (percent[1]) {
+      case 's': {
+        const char* word = va_arg(arguments, const char*);
+        text.append(word != nullptr ? word : "(null)");
+        break;
+      }
+      case 'd':
+        AppendNumber(text, va_arg(arguments, int), 10);
+        break;
+      case 'x':
+        AppendNumber(text, va_arg(arguments, unsigned int), 16);
+        break;
+      default:
+        return false;
+    }
+  }
+  text.append(format);
+  return true;
+}
+
+__attribute__((format(printf, 2, 0))) void AppendFormatted(std::string& text, const char* format, va_list arguments) {
+  va_list again, oncemore;
+  va_copy(again, arguments);
+  va_copy(oncemore, arguments);
+  if (!AppendPlainFormatted(text, format, arguments)) {
+    const int length = std::vsnprintf(nullptr, 0, format, again);
+    text.resize(static_cast<size_t>(std::max(length, 0)) + 1);
+    std::vsnprintf(text.data(), text.size(), format, oncemore);
+    text.pop_back();
+  }
+  va_end(again);
+  va_end(oncemore);
+}
+
 }  // namespace
 
 void COLMDebug::PrintLog(unsigned int /*module*/, unsigned int level, const char* format, ...) {
@@ -72,20 +115,21 @@ void COLMDebug::PrintLog(unsigned int /*module*/, unsigned int level, const char
   if (!sim::IsLogged(logLevel)) {
     return;
   }
+  Pending& pending = pendingOfThread;
   va_list arguments;
   va_start(arguments, format);
-  std::string text = Format(format, arguments);
-  va_end(arguments);
   if (std::strcmp(format, kPrefixFormat) == 0) {
     pending.Flush();
-    pending.prefix = std::move(text);
+    const char* function = va_arg(arguments, const char*);
+    AppendPrefix(pending.line, function, va_arg(arguments, int));
     pending.level = logLevel;
-    return;
+  } else {
+    pending.message.clear();
+    AppendFormatted(pending.message, format, arguments);
+    AppendMessage(pending.line, pending.message);
+    pending.Write(logLevel);
   }
-  std::string line = std::exchange(pending.prefix, {});
-  line.reserve(line.size() + text.size() + 1);
-  AppendMessage(line, text);
-  sim::WriteLogLine(logLevel, line);
+  va_end(arguments);
 }
 
 }  // namespace olm

@@ -48,6 +48,13 @@ TEST_F(GivenOpenApplication, LostConnectionEndsItInOrder) {
   ExpectOrderlyEnd(kClosed);
 }
 
+TEST_F(GivenOpenApplication, EndByALibraryIsInTheLog) {
+  m_engine.Send("{\"jsonrpc\":\"2.0\",\"method\":\"engine.execute\",\"params\":[\"Exit\"],\"id\":2}\n");
+
+  EXPECT_EQ(m_engine.Wait(), 1);
+  EXPECT_THAT(m_engine.Log(), testing::Contains(HasSubstr("[framework] a library ends the process")));
+}
+
 TEST_F(GivenOpenApplication, EndInTheMiddleOfAMessageIsRefusedAndEndsItInOrder) {
   m_engine.Send(R"({"jsonrpc":"2.0","method":"engine.execute","params":["Nu)");
   m_engine.EndInput();
@@ -133,6 +140,17 @@ TEST_P(GivenBadChannel, StartFailsWithTheReason) {
   EXPECT_THAT(engine.Log(),
               ElementsAre("[framework] cannot start: OLM_CHANNEL_FD is \"" + number + "\", which is not an open socket",
                           "App::Destroy", "~App"));
+}
+
+TEST(EngineThatCrashes, HasAnsweredTheCommandsBefore) {
+  EngineChild engine;
+  engine.Send(R"({"jsonrpc":"2.0","method":"engine.execute","params":{"command":"Number","params":["1"]},"id":1})"
+              "\n"
+              R"({"jsonrpc":"2.0","method":"engine.execute","params":{"command":"Die"},"id":2})"
+              "\n");
+  EXPECT_EQ(engine.Receive(), R"({"jsonrpc":"2.0","result":1,"id":1})");
+  EXPECT_EQ(engine.Receive(), "(end)");
+  EXPECT_EQ(engine.Wait(), -SIGKILL);
 }
 
 }  // namespace

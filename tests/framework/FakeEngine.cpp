@@ -24,7 +24,7 @@ void Note(const char* format, const std::string& text = {}) {
 
 long CountThreads() {
   const std::filesystem::directory_iterator threads("/proc/self/task");
-  return std::distance(begin(threads), end(threads));
+  return std::distance(begin(threads), end(threads)) - THREADS_OF_EMULATOR;
 }
 
 /// As the real one: commands and "destroy" take a lock, and the end joins the worker that keys are delivered on.
@@ -111,6 +111,9 @@ class Engine : public olm::CEmpEngineBase {
     }
     SetReturnValueInteger(result, 1);
   }
+  /// What Xlib does when the X server has gone.
+  void Exit(std::string&, const Params&) { std::exit(1); }
+  void Die(std::string&, const Params&) { raise(SIGKILL); }
   void OwnsDefaultContext(std::string& result, const Params&) {
     SetReturnValueInteger(result, g_main_context_is_owner(nullptr) ? 1 : 0);
   }
@@ -142,6 +145,8 @@ class Engine : public olm::CEmpEngineBase {
       {"Print", &Engine::Print},
       {"Environment", &Engine::Environment},
       {"SwallowSignals", &Engine::SwallowSignals},
+      {"Exit", &Engine::Exit},
+      {"Die", &Engine::Die},
       {"OwnsDefaultContext", &Engine::OwnsDefaultContext},
       {"Follow", &Engine::Follow},
   };

@@ -1,13 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gmock/gmock.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <cstdlib>
 #include <thread>
 
 #include "platform/olm_emp.h"
-#include "tests/base/TemporaryFolder.h"
+#include "tests/base/LoggedBy.h"
 
 namespace sim::framework {
 namespace {
@@ -21,22 +19,13 @@ void LogLine(unsigned int level, const char* function, int line, const char* mes
   COLMDebug::PrintLog(2, level, "\033[31m[Picture-EMP][%s (%d)] %s\033[0m", function, line, message);
 }
 
-/// The environment is read at a process's first line, so each case logs in a process of its own.
-class GivenLog : public testing::Test {
+class GivenLog : public GivenLogInAFile {
  protected:
   template <typename Work>
   std::vector<std::string> LinesOf(Work work) const {
-    const pid_t pid = fork();
-    if (pid == 0) {
-      setenv("OLM_LOG_FILE", (m_folder / "log").c_str(), 1);
-      work();
-      _exit(0);
-    }
-    waitpid(pid, nullptr, 0);
+    LoggedBy(work);
     return ReadLines(m_folder / "log");
   }
-
-  const TemporaryFolder m_folder;
 };
 
 TEST_F(GivenLog, PrefixAndMessageAreOneLine) {
@@ -51,6 +40,15 @@ TEST_F(GivenLog, LineEndsWhereTheMessageDoes) {
                 COLMDebug::PrintLog(2, 0, "%s", "");
               }),
               ElementsAre("[OLM][Stop(12)] \033[31m[Picture-EMP][Stop (12)] text\033[0m", "plain", ""));
+}
+
+TEST_F(GivenLog, FormatsOfEveryKindAreWritten) {
+  EXPECT_THAT(LinesOf([] {
+                COLMDebug::PrintLog(2, 4, "%s %d %x %d%s", "text", -12, 0xFFu, 0, "");
+                COLMDebug::PrintLog(2, 4, "%d%% of %5.1f, %-3s|%.2s|%ld|%c", 12, 2.25, "a", "bcd", 2000000000L, 'x');
+                COLMDebug::PrintLog(2, 4, "%x %x %d", 0u, ~0u, -2147483647 - 1);
+              }),
+              ElementsAre("text -12 ff 0", "12% of   2.2, a  |bc|2000000000|x", "0 ffffffff -2147483648"));
 }
 
 TEST_F(GivenLog, ControlCharactersInParametersAreSpeltOut) {
