@@ -131,6 +131,29 @@ bool ReadParam(const Json& json, JsonText& value) {
   return true;
 }
 
+bool ReadParam(PlainReader& reader, std::string& value) {
+  std::string_view text;
+  const bool taken = reader.TakeText(text);
+  value = text;
+  return taken;
+}
+
+bool ReadParam(PlainReader& reader, int64_t& value) {
+  return reader.TakeInteger(value);
+}
+
+bool ReadParam(PlainReader& reader, bool& value) {
+  return reader.TakeBoolean(value);
+}
+
+bool ReadParam(PlainReader& reader, std::vector<std::string>& value) {
+  return reader.TakeList([&] { return ReadParam(reader, value.emplace_back()); });
+}
+
+bool ReadParam(PlainReader&, JsonText&) {
+  return false;
+}
+
 JsonText SchemaOf(const std::string*) {
   return {R"({"type":"string"})"};
 }
@@ -161,6 +184,32 @@ std::optional<CallError> MatchParams(const Json* params, const std::vector<Field
     }
   }
   return RefuseUnknown(given, fields);
+}
+
+bool MatchPlain(const Params& params, const std::vector<FieldInfo>& fields,
+                const std::function<bool(size_t index, PlainReader& reader)>& read) {
+  if (!params.IsPlain()) {
+    return false;
+  }
+  PlainReader reader(params.Plain().empty() ? "[]" : params.Plain());
+  std::vector<bool> isGiven(fields.size());
+  const auto readOne = [&](size_t index) {
+    if (index >= fields.size() || isGiven[index]) {
+      return false;
+    }
+    isGiven[index] = true;
+    return read(index, reader);
+  };
+  const auto readNamed = [&](std::string_view name) {
+    return readOne(static_cast<size_t>(std::ranges::find(fields, name, &FieldInfo::name) - fields.begin()));
+  };
+  size_t next = 0;
+  const bool isList = reader.Next() == '[';
+  const bool isRead = isList ? reader.TakeList([&] { return readOne(next++); }) : reader.TakeObject(readNamed);
+  const auto isMissing = [&](const FieldInfo& field) {
+    return field.required && !isGiven[static_cast<size_t>(&field - fields.data())];
+  };
+  return isRead && reader.IsAtEnd() && std::ranges::none_of(fields, isMissing);
 }
 
 std::optional<CallError> WithParsed(const JsonText& text,

@@ -22,6 +22,8 @@
 #include <vector>
 
 #include "simulator/rpc/Answer.h"
+#include "simulator/rpc/Params.h"
+#include "simulator/rpc/PlainReader.h"
 #include "simulator/rpc/Reply.h"
 
 namespace sim::rpc {
@@ -32,6 +34,13 @@ bool ReadParam(const nlohmann::json& json, int64_t& value);
 bool ReadParam(const nlohmann::json& json, bool& value);
 bool ReadParam(const nlohmann::json& json, std::vector<std::string>& value);
 bool ReadParam(const nlohmann::json& json, JsonText& value);  ///< any type
+
+/// The same without a document; false also when it is not plain.
+bool ReadParam(PlainReader& reader, std::string& value);
+bool ReadParam(PlainReader& reader, int64_t& value);
+bool ReadParam(PlainReader& reader, bool& value);
+bool ReadParam(PlainReader& reader, std::vector<std::string>& value);
+bool ReadParam(PlainReader& reader, JsonText& value);  ///< false: it may have to be put into order
 
 /// A type as JSON Schema.
 JsonText SchemaOf(const std::string*);
@@ -51,12 +60,14 @@ template <typename P>
 struct Field {
   FieldInfo info;
   std::function<bool(const nlohmann::json&, P&)> read;
+  std::function<bool(PlainReader&, P&)> readPlain;
 };
 
 template <typename P, typename T>
 Field<P> MakeField(const char* name, T P::*member, bool required, const char* summary) {
   return {{name, required, SchemaOf(static_cast<const T*>(nullptr)), summary},
-          [member](const nlohmann::json& json, P& params) { return ReadParam(json, params.*member); }};
+          [member](const nlohmann::json& json, P& params) { return ReadParam(json, params.*member); },
+          [member](PlainReader& reader, P& params) { return ReadParam(reader, params.*member); }};
 }
 
 template <typename P, typename T>
@@ -74,6 +85,10 @@ Field<P> Optional(const char* name, T P::*member, const char* summary = "") {
 std::optional<CallError> MatchParams(const nlohmann::json* params, const std::vector<FieldInfo>& fields,
                                      const std::function<bool(size_t index, const nlohmann::json&)>& read);
 
+/// The same without a document. False when the parameters do not fit or are not plain; some may have been read by then.
+bool MatchPlain(const Params& params, const std::vector<FieldInfo>& fields,
+                const std::function<bool(size_t index, PlainReader& reader)>& read);
+
 /// The parameters of a method, in the order in which they stand when they come as a list.
 template <typename P>
 class Fields {
@@ -82,6 +97,7 @@ class Fields {
     for (const Field<P>& field : fields) {
       m_infos.push_back(field.info);
       m_reads.push_back(field.read);
+      m_plainReads.push_back(field.readPlain);
     }
   }
 
@@ -92,9 +108,18 @@ class Fields {
     return MatchParams(json, m_infos, [&](size_t i, const nlohmann::json& value) { return m_reads[i](value, params); });
   }
 
+  std::optional<CallError> Read(const Params& given, P& params) const {
+    if (MatchPlain(given, m_infos, [&](size_t i, PlainReader& reader) { return m_plainReads[i](reader, params); })) {
+      return std::nullopt;
+    }
+    params = {};
+    return Read(given.Document(), params);
+  }
+
  private:
   std::vector<FieldInfo> m_infos;
   std::vector<std::function<bool(const nlohmann::json&, P&)>> m_reads;
+  std::vector<std::function<bool(PlainReader&, P&)>> m_plainReads;
 };
 
 struct NoParams {};
@@ -131,7 +156,7 @@ struct MethodEntry {
   std::string name;
   std::string summary;
   std::vector<FieldInfo> fields;
-  std::function<void(const nlohmann::json* params, Reply reply)> run;
+  std::function<void(const Params& params, Reply reply)> run;
   MethodNotes notes{};
 
   MethodEntry With(MethodNotes with) && {
@@ -147,9 +172,9 @@ CallError Explained(CallError error, std::string_view method, const std::vector<
 template <typename P, typename F>
 MethodEntry Method(const char* name, const char* summary, const Fields<P>& fields, F function) {
   MethodEntry entry{name, summary, fields.Infos(), {}};
-  entry.run = [name, fields, function = std::move(function)](const nlohmann::json* json, Reply reply) {
+  entry.run = [name, fields, function = std::move(function)](const Params& given, Reply reply) {
     P params{};
-    if (std::optional<CallError> error = fields.Read(json, params)) {
+    if (std::optional<CallError> error = fields.Read(given, params)) {
       reply(Answer(Explained(std::move(*error), name, fields.Infos())));
     } else if constexpr (std::is_invocable_v<F, P, Reply>) {
       function(std::move(params), std::move(reply));

@@ -5,6 +5,8 @@
 #include <utility>
 
 #include "simulator/rpc/JsonParse.h"
+#include "simulator/rpc/PlainMessage.h"
+#include "simulator/rpc/PlainReader.h"
 
 namespace sim::rpc {
 namespace {
@@ -50,7 +52,7 @@ Client::CallId Client::Call(std::string_view method, const JsonText& params, OnA
     onAnswer(CallError{kConnectionLost, "the connection is closed"});
     return id;
   }
-  m_open.emplace(id, std::move(onAnswer));
+  m_open.emplace(id, OpenCall{std::move(onAnswer), Clock::now()});
   m_transport->Send(WriteRequest(method, params, Number(id)));
   return id;
 }
@@ -65,6 +67,11 @@ void Client::Notify(std::string_view method, const JsonText& params) {
 
 /// What is neither a notification nor the reply to an open call is thrown away: a client answers nothing.
 void Client::HandleMessage(std::string_view message) {
+  CallId plainId = 0;
+  if (const auto plain = PlainMessage::Read(message);
+      plain && plain->IsResult() && PlainReader(plain->id).TakeInteger(plainId)) {
+    return Finish(plainId, JsonText{std::string(plain->result)});
+  }
   const Json json = Parse(message);
   if (!json.is_object()) {
     return;
@@ -90,8 +97,12 @@ void Client::HandleClosed(const CloseReason& reason) {
 
 void Client::Finish(CallId id, const Answer& answer) {
   if (const auto call = m_open.extract(id)) {
-    call.mapped()(answer);
+    call.mapped().onAnswer(answer);
   }
+}
+
+std::optional<Client::Clock::time_point> Client::OldestCall() const {
+  return m_open.empty() ? std::nullopt : std::optional(m_open.begin()->second.since);
 }
 
 }  // namespace sim::rpc

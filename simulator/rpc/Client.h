@@ -2,9 +2,11 @@
 #ifndef SIMULATOR_RPC_CLIENT_H
 #define SIMULATOR_RPC_CLIENT_H
 
+#include <chrono>
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -18,6 +20,7 @@ namespace sim::rpc {
 class Client {
  public:
   using CallId = int64_t;
+  using Clock = std::chrono::steady_clock;
   using OnAnswer = std::function<void(const Answer&)>;
 
   struct Callbacks {
@@ -43,14 +46,22 @@ class Client {
 
   void Notify(std::string_view method, const JsonText& params);
 
+  /// When the call was made that waits for its answer longest; nothing while none does.
+  std::optional<Clock::time_point> OldestCall() const;
+
  private:
+  struct OpenCall {
+    OnAnswer onAnswer;
+    Clock::time_point since;
+  };
+
   void HandleMessage(std::string_view message);
   void HandleClosed(const CloseReason& reason);
   void Finish(CallId id, const Answer& answer);
 
   const std::shared_ptr<Transport> m_transport;
   const Callbacks m_callbacks;
-  std::map<CallId, OnAnswer> m_open;
+  std::map<CallId, OpenCall> m_open;
   CallId m_lastId = 0;
   bool m_closed = false;
 };

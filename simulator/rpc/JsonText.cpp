@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "simulator/rpc/JsonText.h"
 
+#include <algorithm>
 #include <nlohmann/json.hpp>
 #include <utility>
 
 #include "simulator/rpc/JsonParse.h"
+#include "simulator/rpc/PlainReader.h"
 
 namespace sim::rpc {
 namespace {
@@ -34,6 +36,9 @@ std::string QuoteKeepingBytes(std::string_view text) {
 }  // namespace
 
 JsonText Quote(std::string_view text, ForeignBytes foreign) {
+  if (std::ranges::all_of(text, IsPlain)) {
+    return {std::string(1, '"').append(text) + '"'};
+  }
   return {foreign == ForeignBytes::kKeep ? QuoteKeepingBytes(text) : Dump(text)};
 }
 
@@ -54,6 +59,11 @@ JsonText Boolean(bool value) {
 }
 
 bool IsJson(std::string_view json) {
+  PlainReader reader(json);
+  std::string_view value;
+  if (reader.TakeValue(value) && reader.IsAtEnd()) {
+    return true;
+  }
   return !Parse(json).is_discarded();
 }
 
@@ -76,7 +86,7 @@ ObjectWriter& ObjectWriter::Add(std::string_view name, const JsonText& value) {
   if (m_text.size() > 1) {
     m_text += ',';
   }
-  m_text.append(Quote(name).text).append(":").append(value.text);
+  m_text.append(Quote(name).text).append(1, ':').append(value.text);
   return *this;
 }
 
@@ -85,15 +95,15 @@ JsonText ObjectWriter::Take() {
 }
 
 std::string WriteRequest(std::string_view method, const JsonText& params, const JsonText& id) {
-  ObjectWriter object;
-  object.Add("jsonrpc", Quote("2.0")).Add("method", Quote(method));
+  std::string request = R"({"jsonrpc":"2.0","method":)";
+  request += Quote(method).text;
   if (!params.text.empty()) {
-    object.Add("params", params);
+    request.append(R"(,"params":)").append(params.text);
   }
   if (!id.text.empty()) {
-    object.Add("id", id);
+    request.append(R"(,"id":)").append(id.text);
   }
-  return object.Take().text;
+  return request += '}';
 }
 
 }  // namespace sim::rpc

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "simulator/rpc/JsonParse.h"
+#include "simulator/rpc/PlainMessage.h"
 
 namespace sim::rpc {
 namespace {
@@ -83,6 +84,10 @@ void Refuse(ReplyCollector::Send send, int code, const char* reason, const char*
 }  // namespace
 
 void MessageHandler::Handle(std::string_view message, ReplyCollector::Send send) const {
+  if (const auto plain = PlainMessage::Read(message); plain && plain->IsCall()) {
+    Reply reply(std::make_shared<ReplyCollector>(std::move(send), false), {std::string(plain->id)});
+    return Run(plain->MethodName(), Params(plain->params), std::move(reply));
+  }
   const Json json = Parse(message);
   if (json.is_discarded()) {
     return Refuse(std::move(send), kParseError, "the message is not JSON, or nested too deep");
@@ -109,13 +114,16 @@ void MessageHandler::HandleOne(const Json& request, const std::shared_ptr<ReplyC
   if (fault != nullptr) {
     return reply(Failure(kInvalidRequest, fault, {.stage = "message", .hint = kRequestHint}));
   }
-  const std::string name = TextOf(*Member(request, "method"));
+  Run(TextOf(*Member(request, "method")), Params(Member(request, "params")), std::move(reply));
+}
+
+void MessageHandler::Run(std::string_view name, const Params& params, Reply reply) const {
   const MethodEntry* method = m_binder.Find(name);
   if (method == nullptr) {
-    return reply(Failure(kMethodNotFound, "there is no method \"" + name + "\"",
+    return reply(Failure(kMethodNotFound, "there is no method \"" + std::string(name) + "\"",
                          {.stage = "method", .method = name, .hint = MethodHint(m_binder)}));
   }
-  method->run(Member(request, "params"), std::move(reply));
+  method->run(params, std::move(reply));
 }
 
 void Serve(const std::shared_ptr<Transport>& transport, const MessageHandler& handler,

@@ -33,6 +33,7 @@ class MessageHandler {
 
  private:
   void HandleOne(const nlohmann::json& request, const std::shared_ptr<ReplyCollector>& collector) const;
+  void Run(std::string_view name, const Params& params, Reply reply) const;
 
   const Binder& m_binder;
 };

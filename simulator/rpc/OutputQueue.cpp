@@ -9,11 +9,15 @@
 #include <algorithm>
 #include <cerrno>
 #include <climits>
+#include <cstring>
 #include <string>
 #include <utility>
 
 namespace sim::rpc {
 namespace {
+
+/// Bytes that are written at once, as a reader who has his own processor could work on them already.
+constexpr size_t kMuch = 16 << 10;
 
 mode_t FileType(int fd) {
   struct stat status {};
@@ -43,16 +47,31 @@ OutputQueue::OutputQueue(UniqueFd out, size_t limit)
     : m_out(OpenForOurselves(std::move(out))), m_isSocket(FileType(m_out.Get()) == S_IFSOCK), m_limit(limit) {}
 
 bool OutputQueue::Send(std::string_view message, std::string_view before, std::string_view after) {
+  return Add(0, message, before, after);
+}
+
+bool OutputQueue::SendLater(std::string_view message, std::string_view before, std::string_view after) {
+  return Add(kMuch, message, before, after);
+}
+
+/// Writes when `enough` bytes wait.
+bool OutputQueue::Add(size_t enough, std::string_view message, std::string_view before, std::string_view after) {
   const std::lock_guard lock(m_mutex);
   if (m_broken) {
     return false;
   }
   m_bytes.append(before).append(message).append(after);
-  m_broken = !FlushLocked() || m_bytes.size() - m_written > m_limit;
+  m_waiting = m_bytes.size() - m_written;
+  if (m_waiting >= enough) {
+    m_broken = !FlushLocked() || m_waiting > m_limit;
+  }
   return !m_broken;
 }
 
 bool OutputQueue::Flush() {
+  if (m_waiting == 0) {
+    return !m_broken;
+  }
   const std::lock_guard lock(m_mutex);
   m_broken = m_broken || !FlushLocked();
   return !m_broken;
@@ -70,20 +89,17 @@ bool OutputQueue::Drain(std::chrono::milliseconds limit) {
   return Waiting() == 0;
 }
 
-size_t OutputQueue::Waiting() const {
+std::string OutputQueue::BreakReason() const {
   const std::lock_guard lock(m_mutex);
-  return m_bytes.size() - m_written;
-}
-
-bool OutputQueue::IsBroken() const {
-  const std::lock_guard lock(m_mutex);
-  return m_broken;
+  const bool reader_is_gone = m_error == 0 || m_error == EPIPE || m_error == ECONNRESET;
+  return reader_is_gone ? "the peer does not read any more" : std::string("cannot write: ") + std::strerror(m_error);
 }
 
 bool OutputQueue::FlushLocked() {
   while (m_written < m_bytes.size()) {
     if (!WriteSomeLocked()) {
-      return errno == EAGAIN;
+      m_error = errno == EAGAIN ? 0 : errno;
+      return m_error == 0;
     }
   }
   m_bytes.clear();
@@ -98,6 +114,7 @@ bool OutputQueue::WriteSomeLocked() {
     return errno == EINTR;
   }
   m_written += static_cast<size_t>(count);
+  m_waiting = m_bytes.size() - m_written;
   if (m_written > m_bytes.size() / 2) {
     m_bytes.erase(0, std::exchange(m_written, 0));
   }

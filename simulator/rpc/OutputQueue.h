@@ -4,6 +4,7 @@
 
 #include <sys/types.h>
 
+#include <atomic>
 #include <chrono>
 #include <mutex>
 #include <string>
@@ -23,17 +24,23 @@ class OutputQueue {
   /// not take. False when the queue is broken.
   bool Send(std::string_view message, std::string_view before = "", std::string_view after = "\n");
 
+  /// As `Send`, but leaves the writing to the next `Flush`, unless much waits already.
+  bool SendLater(std::string_view message, std::string_view before = "", std::string_view after = "\n");
+
   /// Writes what the reader takes now. False when the queue is broken: nothing can be written any more.
   bool Flush();
 
   /// Waits until everything is written, at most for `limit`. False when something is left.
   bool Drain(std::chrono::milliseconds limit);
 
-  size_t Waiting() const;  ///< bytes
-  bool IsBroken() const;
+  size_t Waiting() const { return m_waiting; }  ///< bytes
+  bool IsBroken() const { return m_broken; }
+  /// Why nothing can be written any more.
+  std::string BreakReason() const;
   int Descriptor() const { return m_out.Get(); }
 
  private:
+  bool Add(size_t enough, std::string_view message, std::string_view before, std::string_view after);
   bool FlushLocked();
   bool WriteSomeLocked();
   ssize_t WriteNow(std::string_view bytes) const;
@@ -45,7 +52,9 @@ class OutputQueue {
   mutable std::mutex m_mutex;  ///< held for writes that do not block
   std::string m_bytes;
   size_t m_written = 0;  ///< of `m_bytes`
-  bool m_broken = false;
+  std::atomic<size_t> m_waiting = 0;
+  std::atomic<bool> m_broken = false;
+  int m_error = 0;  ///< that broke it; 0: the reader was too far behind
 };
 
 }  // namespace sim::rpc

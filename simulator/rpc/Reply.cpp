@@ -17,14 +17,13 @@ JsonText WriteError(const CallError& error) {
 }
 
 std::string WriteReply(const JsonText& id, const Answer& answer) {
-  ObjectWriter object;
-  object.Add("jsonrpc", Quote("2.0"));
+  std::string reply = R"({"jsonrpc":"2.0",)";
   if (const auto* result = std::get_if<JsonText>(&answer)) {
-    object.Add("result", *result);
+    reply.append(R"("result":)").append(result->text);
   } else {
-    object.Add("error", WriteError(std::get<CallError>(answer)));
+    reply.append(R"("error":)").append(WriteError(std::get<CallError>(answer)).text);
   }
-  return object.Add("id", id).Take().text;
+  return reply.append(R"(,"id":)").append(id.text) += '}';
 }
 
 }  // namespace

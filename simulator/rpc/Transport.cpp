@@ -67,6 +67,9 @@ void Transport::Start(Callbacks callbacks) {
 
 bool Transport::Send(std::string_view message) {
   const Framing::Envelope around = m_framing->Around(message);
+  if (m_source != nullptr && g_main_context_is_owner(m_context)) {
+    return m_output.SendLater(message, around.before, around.after);
+  }
   const bool sent = m_output.Send(message, around.before, around.after);
   if (!sent || m_output.Waiting() > 0) {
     g_main_context_wakeup(m_context);  // the loop has to wait for the peer, or to see that he is gone
@@ -77,6 +80,7 @@ bool Transport::Send(std::string_view message) {
 void Transport::Close() {
   if (m_source != nullptr && !m_finished) {
     SendRaw(m_framing->Farewell());
+    m_output.Flush();
   }
   if (m_source != nullptr) {
     g_source_destroy(m_source);
@@ -88,6 +92,7 @@ void Transport::Close() {
 gboolean Transport::OnPrepare(GSource* source, gint* timeout) {
   Transport& transport = *reinterpret_cast<Source*>(source)->transport;
   *timeout = -1;
+  transport.m_output.Flush();
   transport.UpdatePolling();
   return transport.HasWork();
 }
@@ -138,7 +143,7 @@ void Transport::Step() {
   const std::shared_ptr<Transport> keep = shared_from_this();
   if (!m_output.Flush()) {
     m_atEnd = true;
-    return Finish("the peer does not read any more");
+    return Finish(m_output.BreakReason());
   }
   if (!m_framing->HasNext() && !m_atEnd && InputIsReady()) {
     ReadSome();

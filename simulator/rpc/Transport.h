@@ -52,7 +52,11 @@ class Transport : public std::enable_shared_from_this<Transport> {
 
   /// Sends `message`, which holds no line end. Any thread; never blocks: what the peer does not take waits. False when
   /// the connection is closed. After the end of input the peer may still listen, so that messages can still be sent.
+  /// What is sent while the context is running leaves in one write, before the context sleeps.
   bool Send(std::string_view message);
+
+  /// Sends now what was to leave before the context sleeps. Any thread.
+  void Flush() { m_output.Flush(); }
 
   /// Waits until all is sent, at most for `limit`. Any thread. False when something is left.
   bool Drain(std::chrono::milliseconds limit) { return m_output.Drain(limit); }

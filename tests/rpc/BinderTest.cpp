@@ -54,6 +54,29 @@ TEST(Binder, TextsKeepBytesThatAreNotUtf8) {
   EXPECT_EQ(params->texts.at(0), "\xFF");
 }
 
+TEST(Binder, PlainParametersAreReadAsAnyOthers) {
+  const auto read = [](const std::string& text, bool asPlain) {
+    const nlohmann::json document = nlohmann::json::parse(text);
+    AllParams params;
+    const auto error = asPlain ? kAllParams.Read(Params(text), params) : kAllParams.Read(&document, params);
+    return error ? error->message
+                 : params.text + "|" + std::to_string(params.number) + "|" + std::to_string(params.flag) + "|" +
+                       std::to_string(params.texts.size()) + "|" + params.any.text;
+  };
+  for (const char* text :
+       {R"({"text":"t"})", R"({ "number" : 5 , "text" : "t", "flag":true , "texts" : [ "a", "b" ] })",
+        R"(["t",-7,false])", R"(["t",5,true,["a"]])", R"({"texts":[],"text":""})",
+        R"({"text":"t","any":{"b":1,"a":2}})", "[]", "{}", R"({"number":5})", R"({"text":5})",
+        R"({"text":"t","number":"5"})", R"({"text":"t","texts":["a",1]})", R"({"text":"t","other":1})",
+        R"(["t",1,true,[],{},6])", R"({"text":"t","text":"u"})", R"({"text":null})"}) {
+    EXPECT_EQ(read(text, true), read(text, false)) << text;
+  }
+  AllParams params;
+  NoParams none;
+  EXPECT_TRUE(kAllParams.Read(Params(""), params));
+  EXPECT_FALSE(kNoFields.Read(Params(""), none));
+}
+
 TEST(Binder, ErrorsNameTheParameter) {
   EXPECT_EQ(Reason(R"({})"), R"(parameter "text" is missing)");
   EXPECT_EQ(Reason(R"([])"), R"(parameter "text" is missing)");

@@ -59,6 +59,18 @@ TEST_F(GivenClient, RequestsAndNotificationsAreWritten) {
             "{\"jsonrpc\":\"2.0\",\"method\":\"three\",\"params\":[1]}\n");
 }
 
+TEST_F(GivenClient, TheOldestCallIsTheOneThatWaitsLongest) {
+  EXPECT_FALSE(m_client->OldestCall());
+  Call("one");
+  const auto first = m_client->OldestCall();
+  Call("two");
+  EXPECT_EQ(m_client->OldestCall(), first);
+  ReceiveAndExpect("{\"jsonrpc\":\"2.0\",\"result\":1,\"id\":1}\n", {"1"});
+  EXPECT_GT(m_client->OldestCall(), first);
+  ReceiveAndExpect("{\"jsonrpc\":\"2.0\",\"result\":2,\"id\":2}\n", {"1", "2"});
+  EXPECT_FALSE(m_client->OldestCall());
+}
+
 TEST_F(GivenClient, RepliesFindTheirCallsInAnyOrder) {
   Call("one");
   Call("two");

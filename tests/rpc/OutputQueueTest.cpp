@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "simulator/rpc/OutputQueue.h"
 
+#include <fcntl.h>
+
 #include <thread>
 #include <vector>
 
@@ -111,6 +113,14 @@ TEST(OutputQueue, SharedPipeKeepsItsFlags) {
   const UniqueFd shared(dup(writer.Get()));
   const OutputQueue queue(std::move(writer), kLimit);
   EXPECT_EQ(fcntl(shared.Get(), F_GETFL) & O_NONBLOCK, 0);
+}
+
+TEST(OutputQueue, SaysWhatKeepsItFromWriting) {
+  OutputQueue queue(UniqueFd(open("/dev/full", O_WRONLY | O_CLOEXEC)), kLimit);
+
+  EXPECT_FALSE(queue.Send("one"));
+
+  EXPECT_EQ(queue.BreakReason(), "cannot write: No space left on device");
 }
 
 }  // namespace

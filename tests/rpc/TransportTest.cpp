@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 
+#include <functional>
 #include <thread>
 #include <vector>
 
@@ -15,12 +16,17 @@ using testing::ElementsAre;
 
 class GivenConnection : public LoopFixture {
  protected:
-  void Start(TransportLimits limits = {}) {
+  void Start(
+      TransportLimits limits = {}, const std::function<void(std::string_view)>& handle = [](auto) {}) {
     auto [ours, peer] = MakeSockets();
     m_peer = std::move(peer);
     m_transport = Connect(std::move(ours), limits);
     m_transport->Start({
-        .onMessage = [this](std::string_view line) { m_seen.emplace_back(line); },
+        .onMessage =
+            [this, handle](std::string_view line) {
+              m_seen.emplace_back(line);
+              handle(line);
+            },
         .onOversized = [this] { m_seen.emplace_back("(oversized)"); },
         .onClosed = [this](const CloseReason& reason) { m_seen.push_back("(closed) " + reason); },
     });
@@ -103,6 +109,40 @@ TEST_F(GivenConnection, SendFromAnotherThreadReachesAPeerThatReadsLater) {
   sender.join();
   size_t received = 0;
   RunUntil([&] { return (received += ReadAvailable(m_peer).size()) > 1 << 20; });
+}
+
+TEST_F(GivenConnection, MessagesOfOneTurnLeaveTogether) {
+  std::string meanwhile, received;
+  Start({}, [&](std::string_view message) {
+    m_transport->Send(message);
+    meanwhile += ReadAvailable(m_peer);
+  });
+  WriteAll(m_peer, "one\ntwo\n");
+  RunUntil([&] { return (received += ReadAvailable(m_peer)).size() == 8; });
+  EXPECT_EQ(received, "one\ntwo\n");
+  EXPECT_EQ(meanwhile, "");
+}
+
+TEST_F(GivenConnection, ATurnsMessagesLeaveBeforeTheConnectionIsClosed) {
+  Start({}, [&](std::string_view message) {
+    m_transport->Send(message);
+    m_transport->Close();
+  });
+  WriteAll(m_peer, "one\n");
+  RunUntil([&] { return !m_seen.empty(); });
+  EXPECT_EQ(ReadAvailable(m_peer), "one\n");
+}
+
+TEST_F(GivenConnection, FlushSendsBeforeTheTurnEnds) {
+  std::string meanwhile;
+  Start({}, [&](std::string_view message) {
+    m_transport->Send(message);
+    m_transport->Flush();
+    meanwhile += ReadAvailable(m_peer);
+  });
+  WriteAll(m_peer, "one\n");
+  RunUntil([&] { return !m_seen.empty(); });
+  EXPECT_EQ(meanwhile, "one\n");
 }
 
 TEST_F(GivenConnection, NothingIsCalledAfterClose) {
