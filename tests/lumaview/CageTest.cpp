@@ -2,9 +2,11 @@
 // Pictures that are decoded in processes of their own.
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sched.h>
 #include <seccomp.h>
 #include <sys/mman.h>
 #include <sys/prctl.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -112,6 +114,38 @@ TEST_F(GivenCage, ProcessOfAPictureHasItsFileAndItsChannelAndNothingElse) {
     GTEST_SKIP() << "only root sees what a confined process has open";
   }
   EXPECT_EQ(found, (std::multiset<std::string>{"/dev/null", "/dev/null", "/dev/null", path, "socket"}));
+}
+
+TEST(GivenFrameWithHoles, AllItsMemoryIsThereOnceItIsFrozen) {
+  auto file = Frame::CreateFile(kWindow);
+  ASSERT_TRUE(file);
+
+  const auto frame = Frame::Freeze(std::move(*file), kWindow);
+
+  ASSERT_TRUE(frame);
+  struct stat status {};
+  ASSERT_EQ(fstat((*frame)->GetMemory()->GetFd(), &status), 0);
+  EXPECT_GE(status.st_blocks * 512, status.st_size);
+}
+
+/// The processors that a process may use; none when it is gone.
+cpu_set_t ProcessorsOf(pid_t pid) {
+  cpu_set_t processors;
+  CPU_ZERO(&processors);
+  sched_getaffinity(pid, sizeof processors, &processors);
+  return processors;
+}
+
+TEST_F(GivenCage, ProcessOfAPictureHasAllProcessorsOfTheEngine) {
+  const auto stream = Open(folder.WriteGif("two.gif", 8, 8, {0xFF0000, 0x00FF00}, 100, 0));
+  ASSERT_TRUE(stream->RenderNext(View{}, kWindow));
+
+  const std::vector<pid_t> children = FindDescendants("lumaview-decode");
+
+  ASSERT_FALSE(children.empty());
+  const cpu_set_t ours = ProcessorsOf(getpid());
+  const cpu_set_t theirs = ProcessorsOf(children.front());
+  EXPECT_TRUE(CPU_EQUAL(&ours, &theirs));
 }
 
 TEST_F(GivenCage, AnimationPlaysOnInItsProcess) {

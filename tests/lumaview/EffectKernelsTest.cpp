@@ -2,6 +2,10 @@
 /// The vector kernels of every instruction set that this processor has, against the ordinary loops.
 #include <gtest/gtest.h>
 #include <hwy/targets.h>
+#ifdef __arm__
+#include <asm/hwcap.h>
+#include <sys/auxv.h>
+#endif
 
 #include <cmath>
 #include <numbers>
@@ -44,6 +48,8 @@ TEST(GivenThisProcessor, KernelsWithVectorsAreChosenWhereItHasThem) {
   if (__builtin_cpu_supports("sse4.1")) {
     EXPECT_STREQ(KernelsFor(HWY_SSE4).name, "SSE4");
   }
+#elif defined(__arm__)
+  EXPECT_STREQ(VectorKernels().name, (getauxval(AT_HWCAP) & HWCAP_NEON) != 0 ? "NEON" : "plain");
 #endif
   EXPECT_STREQ(BestKernels().name, VectorKernels().name);
 }

@@ -76,10 +76,10 @@ void ReadOutcome(ShownPicture& picture) {
   words >> kind;
   if (kind == "show") {
     words >> picture.type >> picture.width >> picture.height >> picture.frames >> loops >> milliseconds >>
-        picture.kibibytes;
+        picture.own_kibibytes >> picture.kibibytes;
     picture.kind = ShownPicture::Kind::kShown;
   } else if (kind == "refuse") {
-    words >> picture.error >> milliseconds >> picture.kibibytes;
+    words >> picture.error >> milliseconds >> picture.own_kibibytes >> picture.kibibytes;
     picture.kind = ShownPicture::Kind::kRefused;
   }
 }

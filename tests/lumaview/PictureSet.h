@@ -33,8 +33,9 @@ struct ShownPicture {
   int frames = 0;
   int error = 0;
   double cpu_seconds = 0;
-  long kibibytes = 0;  ///< growth of the peak
-  std::string output;  ///< what it said
+  long own_kibibytes = 0;  ///< growth of the peak of the process that would be the engine's
+  long kibibytes = 0;      ///< of that or of a decoder's process, whichever is more
+  std::string output;      ///< what it said
 };
 
 /// Runs picture-outcome on `path`. `ppm`: where the pixels are to be written, or empty.

@@ -28,6 +28,7 @@ constexpr double kMostSeconds = 3;
 constexpr double kMostSecondsOfLarge = 10;
 constexpr long kLargePixels = 50'000'000;
 constexpr long kMostKibibytes = 512 * 1024;
+constexpr long kMostKibibytesBesideTheCage = 128 * 1024;
 
 /// Where the list is not followed, and why.
 struct Exception {
@@ -67,6 +68,11 @@ std::string CheckShown(const ListedPicture& listed, const ShownPicture& shown) {
   return "";
 }
 
+bool IsCaged() {
+  const char* cage = std::getenv("LUMAVIEW_CAGE");
+  return cage != nullptr && std::string_view(cage) == "on";
+}
+
 /// What is wrong with the outcome; empty = nothing.
 std::string Check(const ListedPicture& listed, const ShownPicture& shown) {
   const bool is_large = static_cast<long>(listed.width) * listed.height > kLargePixels;
@@ -81,6 +87,9 @@ std::string Check(const ListedPicture& listed, const ShownPicture& shown) {
   }
   if (kMeasuresMemory && shown.kibibytes > kMostKibibytes) {
     return "took too much memory";
+  }
+  if (kMeasuresMemory && IsCaged() && shown.own_kibibytes > kMostKibibytesBesideTheCage) {
+    return "took too much memory outside the cage";
   }
   if (shown.kind == Kind::kRefused) {
     return listed.expect == "show" ? "refused" : "";

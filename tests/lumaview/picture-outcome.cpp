@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 /// picture-outcome FILE [WIDTH HEIGHT [OUTPUT]]: opens and draws one picture as the library does, and says on one line
-/// what came of it: "show TYPE WIDTH HEIGHT FRAMES LOOPS MILLISECONDS KIBIBYTES" or "refuse CODE MILLISECONDS KIBIBYTES
-/// REASON". KIBIBYTES is the growth of the process' peak, or the peak of a process of the cage where that is more.
-/// OUTPUT receives the window's pixels as a PPM. LUMAVIEW_CAGE=on or off says where the picture is decoded.
-/// A program of its own, so that a test sees a crash, the time and the memory of each picture alone.
+/// what came of it: "show TYPE WIDTH HEIGHT FRAMES LOOPS MILLISECONDS OWN-KIBIBYTES KIBIBYTES" or "refuse CODE
+/// MILLISECONDS OWN-KIBIBYTES KIBIBYTES REASON". OWN-KIBIBYTES is the growth of this process' peak, KIBIBYTES the same
+/// or the peak of a process of the cage where that is more. OUTPUT receives the window's pixels as a PPM.
+/// LUMAVIEW_CAGE=on or off says where the picture is decoded. A program of its own, so that a test sees a crash, the
+/// time and the memory of each picture alone.
 #include <sys/resource.h>
 
 #include <algorithm>
@@ -87,14 +88,16 @@ int main(int argc, char** argv) {
   const auto spent = std::chrono::steady_clock::now() - begin;
   const auto milliseconds = static_cast<long>(std::chrono::duration_cast<std::chrono::milliseconds>(spent).count());
   StopCage();
-  const long kibibytes = std::max(PeakKibibytes(RUSAGE_SELF) - peak_before, PeakKibibytes(RUSAGE_CHILDREN));
+  const long own_kibibytes = PeakKibibytes(RUSAGE_SELF) - peak_before;
+  const long kibibytes = std::max(own_kibibytes, PeakKibibytes(RUSAGE_CHILDREN));
   if (outcome.error.code != 0) {
-    std::printf("refuse %d %ld %ld %s\n", outcome.error.code, milliseconds, kibibytes, outcome.error.reason.c_str());
+    std::printf("refuse %d %ld %ld %ld %s\n", outcome.error.code, milliseconds, own_kibibytes, kibibytes,
+                outcome.error.reason.c_str());
     return 0;
   }
   const Size upright = UprightSize(outcome.info);
-  std::printf("show %d %d %d %d %d %ld %ld\n", outcome.info.type, upright.width, upright.height, outcome.info.frames,
-              outcome.info.loops, milliseconds, kibibytes);
+  std::printf("show %d %d %d %d %d %ld %ld %ld\n", outcome.info.type, upright.width, upright.height,
+              outcome.info.frames, outcome.info.loops, milliseconds, own_kibibytes, kibibytes);
   if (argc == 5) {
     WritePpm(argv[4], outcome.frame->GetPixels());
   }

@@ -215,6 +215,8 @@ bool Presenter::Put(const FramePtr& frame, DoneList done) {
     TellAll(done, put.error());
     return false;
   }
+  // The server gets to work before the frame that was displayed is let go, which takes a while.
+  m_surface->Flush();
   m_displayed = frame;
   m_on_their_way.push_back({*put, m_services.clock.Now(), std::move(done)});
   return true;

@@ -3,10 +3,22 @@
 
 #include <sys/eventfd.h>
 
+#include <cerrno>
 #include <new>
 #include <utility>
 
 namespace sim::lumaview {
+namespace {
+
+constexpr int kTries = 3;
+
+/// A wake-up that got lost would leave the thread asleep over its tasks. One that finds no room is there already.
+void WakeUp(int event) {
+  for (int tries = 0; tries < kTries && eventfd_write(event, 1) != 0 && errno != EAGAIN; ++tries) {
+  }
+}
+
+}  // namespace
 
 TaskQueue::TaskQueue() : m_event(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
   if (!m_event) {
@@ -20,7 +32,7 @@ bool TaskQueue::Post(Task task) {
     return false;
   }
   m_tasks.push_back(std::move(task));
-  eventfd_write(m_event.Get(), 1);
+  WakeUp(m_event.Get());
   return true;
 }
 

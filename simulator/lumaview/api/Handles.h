@@ -30,7 +30,13 @@ class Handles {
   std::shared_ptr<Handle> Remove(const void* record) {
     const std::lock_guard lock(m_mutex);
     const auto node = m_handles.extract(record);
-    return node.empty() ? nullptr : std::move(node.mapped());
+    if (node.empty()) {
+      return nullptr;
+    }
+    if (m_last.lock() == node.mapped()) {
+      m_last.reset();  // a thread that reports to it may hold it a moment longer
+    }
+    return std::move(node.mapped());
   }
 
   /// The one made last; null when it is gone.

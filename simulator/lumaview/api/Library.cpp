@@ -9,6 +9,7 @@
 
 #include "simulator/base/Faults.h"
 #include "simulator/base/Log.h"
+#include "simulator/base/SlowCall.h"
 #include "simulator/lumaview/cage/Cage.h"
 
 namespace sim::lumaview {
@@ -52,6 +53,7 @@ Result<std::shared_ptr<TransitionEffect>> FindEffect(const void* record) {
 }
 
 int Answer(const char* function, const std::function<Status()>& body) {
+  const SlowCall slow("lumaview", function);
   if (const Fault fault = NextFaultOfCall(function); fault.action == FaultAction::kFail) {
     return fault.value;
   }

@@ -16,7 +16,7 @@ Picture::Picture(Services& services, PictureFilePtr file)
     : m_services(services),
       m_file(std::move(file)),
       m_id(NextOwner()),
-      m_recipient(std::make_shared<Reporter::Recipient>(&m_record)),
+      m_recipient(services.reporter.AddRecipient(&m_record)),
       m_view(services.first_view) {}
 
 Result<std::shared_ptr<Picture>> Picture::Create(Services& services, const std::string& path) {
@@ -57,9 +57,9 @@ Status Picture::Decode() {
   m_show_wanted = true;
   ++m_decode_reports;
   const bool played = m_handed_over && m_rendered && *m_rendered && (*m_rendered)->info.frames > 1;
-  if (played && !m_running) {
+  if (played && !m_rendering) {
     Prepare();  // an animation starts again from its first frame
-  } else if (m_rendered && !m_running) {
+  } else if (m_rendered && !m_rendering) {
     ShowPrepared();
   }
   return Ok();
@@ -91,7 +91,6 @@ void Picture::Prepare() {
   m_rendered.reset();
   m_handed_over = false;
   m_outdated = false;
-  m_running = false;
   const Size size = ExpectedSize();
   m_prepared_size = size;
   if (auto cached = m_services.cache.Take(m_file->GetIdentity(), m_view, size)) {
@@ -100,7 +99,6 @@ void Picture::Prepare() {
     Report(LUMAVIEW_EVENT_PARSE, LUMAVIEW_RESULT_PARSE_OK, std::exchange(m_parse_reports, 0));
     return;
   }
-  m_running = true;
   m_rendering = Rendering::Start(
       m_services.pool, m_file, m_view, size,
       [weak = weak_from_this(), generation](const Result<PictureInfo>& header) {
@@ -130,8 +128,7 @@ void Picture::OnFrame(uint64_t generation, Result<Rendered> rendered) {
   if (m_closed || generation != m_generation) {
     return;
   }
-  m_running = false;
-  m_rendering.reset();  // a picture that stands holds nothing that it does not need
+  m_rendering.reset();
   if (!rendered) {
     LogFailure(m_file->GetPath(), rendered.error());
   }

@@ -76,12 +76,11 @@ class Picture : public std::enable_shared_from_this<Picture> {
   mutable std::mutex m_mutex;
   bool m_closed = false;
   View m_view;
-  unsigned long m_window = 0;  ///< 0 = none was set
-  std::shared_ptr<Rendering> m_rendering;
-  uint64_t m_generation = 0;  ///< of `m_rendering`
-  Size m_prepared_size;       ///< of the window that it is made for
-  bool m_running = false;     ///< `m_rendering` has not ended
-  bool m_outdated = false;    ///< the view has changed since `m_rendering` was started
+  unsigned long m_window = 0;              ///< 0 = none was set
+  std::shared_ptr<Rendering> m_rendering;  ///< null once it has ended
+  uint64_t m_generation = 0;               ///< of the rendering started last
+  Size m_prepared_size;                    ///< of the window that it is made for
+  bool m_outdated = false;                 ///< the view has changed since it was started
   std::optional<Result<PictureInfo>> m_header;
   std::optional<Result<Rendered>> m_rendered;
   int m_parse_reports = 0;     ///< asked for and not given yet

@@ -125,7 +125,7 @@ void Picture::ChangeView(const View& view) {
     return;
   }
   m_view = view;
-  if (m_running && m_show_wanted) {
+  if (m_rendering && m_show_wanted) {
     m_outdated = true;
     return;
   }

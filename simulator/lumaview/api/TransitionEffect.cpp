@@ -10,10 +10,7 @@
 namespace sim::lumaview {
 
 TransitionEffect::TransitionEffect(Services& services, int type)
-    : m_services(services),
-      m_id(NextOwner()),
-      m_recipient(std::make_shared<Reporter::Recipient>(&m_record)),
-      m_type(type) {}
+    : m_services(services), m_id(NextOwner()), m_recipient(services.reporter.AddRecipient(&m_record)), m_type(type) {}
 
 std::shared_ptr<TransitionEffect> TransitionEffect::Create(Services& services, int type) {
   return std::shared_ptr<TransitionEffect>(new TransitionEffect(services, type));
@@ -58,8 +55,9 @@ Status TransitionEffect::Run(const std::string& path) {
   if (!file) {
     return WithPath(path, file.error());
   }
-  if (std::exchange(m_preparing, false)) {
+  if (m_rendering) {
     m_rendering->Cancel();
+    m_rendering.reset();
     m_services.reporter.Post(m_recipient, shared_from_this(), LUMAVIEW_EVENT_EFFECT, LUMAVIEW_RESULT_EFFECT_FAILED);
   }
   // Loaded by the time of the first frame, beside the picture.
@@ -70,7 +68,6 @@ Status TransitionEffect::Run(const std::string& path) {
     Present(number, std::move(*cached));
     return Ok();
   }
-  m_preparing = true;
   m_rendering = Rendering::Start(
       m_services.pool, *file, m_services.first_view, presenter->GetSize(), [](const auto&) {},
       [weak = weak_from_this(), generation, number, path](Result<Rendered> rendered) {
@@ -86,7 +83,7 @@ void TransitionEffect::OnFrame(uint64_t generation, int number, const std::strin
   if (m_closed || generation != m_generation) {
     return;
   }
-  m_preparing = false;
+  m_rendering.reset();
   if (rendered) {
     Present(number, std::move(*rendered));
     return;

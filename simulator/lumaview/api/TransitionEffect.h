@@ -51,9 +51,8 @@ class TransitionEffect : public std::enable_shared_from_this<TransitionEffect> {
   bool m_closed = false;
   int m_type;
   unsigned long m_window = 0;              ///< 0 = none was set
-  std::shared_ptr<Rendering> m_rendering;  ///< of the run that is being prepared
+  std::shared_ptr<Rendering> m_rendering;  ///< null unless a run's picture is being decoded
   uint64_t m_generation = 0;               ///< of the run started last
-  bool m_preparing = false;                ///< its picture is not decoded yet
 };
 
 }  // namespace sim::lumaview

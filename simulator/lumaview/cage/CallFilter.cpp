@@ -75,9 +75,9 @@ void AddMemory(Rules& rules) {
   for (const int call : {SCMP_SYS(mmap), SCMP_SYS(mmap2), SCMP_SYS(mprotect)}) {
     rules.Add(SCMP_ACT_ALLOW, call, {SCMP_A2_64(SCMP_CMP_MASKED_EQ, PROT_EXEC, 0)});
   }
-  // Giving memory back, and no holes in files that others read.
-  for (const scmp_datum_t advice :
-       {MADV_NORMAL, MADV_SEQUENTIAL, MADV_WILLNEED, MADV_DONTNEED, MADV_FREE, MADV_HUGEPAGE, MADV_NOHUGEPAGE}) {
+  // Giving memory back and taking it, and no holes in files that others read.
+  for (const scmp_datum_t advice : {MADV_NORMAL, MADV_SEQUENTIAL, MADV_WILLNEED, MADV_DONTNEED, MADV_FREE,
+                                    MADV_HUGEPAGE, MADV_NOHUGEPAGE, MADV_POPULATE_WRITE}) {
     rules.Add(SCMP_ACT_ALLOW, SCMP_SYS(madvise), {SCMP_A2_64(SCMP_CMP_EQ, advice)});
   }
 }

@@ -4,10 +4,13 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <memory>
 #include <new>
 #include <string>
 #include <system_error>
+#include <thread>
 #include <utility>
 
 #include "simulator/lumaview/cage/Bars.h"
@@ -22,11 +25,16 @@ class MappedFrame {
  public:
   MappedFrame(int file, Size size)
       : m_size(size), m_bytes(static_cast<size_t>(size.width) * static_cast<size_t>(size.height) * sizeof(uint32_t)) {
-    // All pages at once: one by one they would cost a fault each.
-    void* start = mmap(nullptr, m_bytes, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_POPULATE, file, 0);
+    void* start = mmap(nullptr, m_bytes, PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
     m_pixels = start == MAP_FAILED ? nullptr : static_cast<uint32_t*>(start);
+    if (m_pixels != nullptr && m_bytes >= kWorthAThread) {
+      StartPopulating();
+    }
   }
   ~MappedFrame() {
+    if (m_populating.joinable()) {
+      m_populating.join();
+    }
     if (m_pixels != nullptr) {
       munmap(m_pixels, m_bytes);
     }
@@ -38,9 +46,30 @@ class MappedFrame {
   ImageView GetPixels() const { return {m_pixels, m_size.width, m_size.height, m_size.width}; }
 
  private:
+  /// Takes the pages while the first rows are decoded: one by one they would cost a fault each. Without the thread they
+  /// do.
+  void StartPopulating() {
+    try {
+      m_populating = std::thread([this] { Populate(); });
+    } catch (const std::system_error&) {
+    }
+  }
+
+  /// In parts, as nothing else is mapped in this process meanwhile, not even another thread's stack.
+  void Populate() {
+    auto* bytes = reinterpret_cast<std::byte*>(m_pixels);
+    constexpr size_t kPart = 256 * 1024;
+    for (size_t done = 0; done < m_bytes; done += kPart) {
+      madvise(bytes + done, std::min(kPart, m_bytes - done), MADV_POPULATE_WRITE);
+    }
+  }
+
+  static constexpr size_t kWorthAThread = 1 << 20;
+
   const Size m_size;
   const size_t m_bytes;
   uint32_t* m_pixels = nullptr;
+  std::thread m_populating;
 };
 
 template <typename Work>

@@ -4,9 +4,12 @@
 #include <fcntl.h>
 #include <malloc.h>
 #include <poll.h>
+#include <sched.h>
 #include <sys/mman.h>
 #include <sys/prctl.h>
+#include <sys/resource.h>
 #include <sys/signalfd.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -30,6 +33,54 @@
 
 namespace sim::lumaview::cage {
 namespace {
+
+/// On kernels that let a process ask for it (from 6.12) its turns are longer, and what is woken beside it has the
+/// processor at once. Its share stays the same; it computes for long, and nobody waits for its next millisecond.
+void AskForLongTurns() {
+  if (sched_getscheduler(0) != SCHED_OTHER) {
+    return;  // somebody has decided
+  }
+  struct {
+    uint32_t size;
+    uint32_t policy;
+    uint64_t flags;
+    int32_t nice;
+    uint32_t priority;
+    uint64_t runtime_ns;
+    uint64_t deadline_ns;
+    uint64_t period_ns;
+  } attributes{};  // the C library has no name for it
+  attributes.size = sizeof attributes;
+  attributes.policy = SCHED_OTHER;
+  attributes.nice = getpriority(PRIO_PROCESS, 0);
+  attributes.runtime_ns = 20'000'000;
+  syscall(SYS_sched_setattr, 0, &attributes, 0);
+}
+
+/// Until `Leave`, a process and those that it forks have the engine's processor and no other. An engine that starts
+/// waits for the X server again and again; what is prepared meanwhile fills these gaps, and the server, which would
+/// else find its own processor taken, has another for itself.
+class SharedProcessor {
+ public:
+  void Enter(int processor) {
+    if (processor < 0 || sched_getaffinity(0, sizeof m_before, &m_before) != 0) {
+      return;
+    }
+    cpu_set_t one;
+    CPU_ZERO(&one);
+    CPU_SET(static_cast<size_t>(processor), &one);
+    m_is_entered = sched_setaffinity(0, sizeof one, &one) == 0;
+  }
+  void Leave() {
+    if (std::exchange(m_is_entered, false)) {
+      sched_setaffinity(0, sizeof m_before, &m_before);
+    }
+  }
+
+ private:
+  cpu_set_t m_before{};
+  bool m_is_entered = false;
+};
 
 /// This process ends with the thread that forked it.
 void DieWith(pid_t parent) {
@@ -182,7 +233,7 @@ void PrepareHeap() {
   madvise(reinterpret_cast<void*>(start), end - start, MADV_HUGEPAGE);
 }
 
-[[noreturn]] void RunNursery() {
+[[noreturn]] void RunNursery(SharedProcessor& processor) {
   prctl(PR_SET_NAME, "lumaview-nursery");
   PrepareHeap();
   sigset_t deaths;
@@ -213,6 +264,7 @@ void PrepareHeap() {
       }
       if (request.verb == Verb::kSpawn) {
         LoadModules(request.GetText());
+        processor.Leave();  // its children have work to do
         children.Spawn(std::move(attached));
       }
     }
@@ -220,7 +272,10 @@ void PrepareHeap() {
 }
 
 /// Makes a nursery again when it was killed: by hand, or for lack of memory. One that ends by itself has no engine.
-[[noreturn]] void RunKeeper(pid_t engine, int channel) {
+[[noreturn]] void RunKeeper(pid_t engine, int channel, int engines_processor) {
+  SharedProcessor processor;
+  processor.Enter(engines_processor);
+  AskForLongTurns();
   DieWith(engine);
   prctl(PR_SET_NAME, "lumaview-keeper");
   // Not reached by what is meant for the engine's terminal.
@@ -234,7 +289,7 @@ void PrepareHeap() {
     const pid_t nursery = fork();
     if (nursery == 0) {
       DieWith(keeper);
-      RunNursery();
+      RunNursery(processor);
     }
     int status = 0;
     for (pid_t dead = 0; dead != nursery;) {
@@ -257,12 +312,13 @@ Result<Nursery> StartNursery() {
     return channel.error();
   }
   const pid_t engine = getpid();
+  const int processor = sched_getcpu();
   const pid_t keeper = fork();
   if (keeper < 0) {
     return Error{kOutOfMemory, std::string("no process for the decoders: ") + std::strerror(errno)};
   }
   if (keeper == 0) {
-    RunKeeper(engine, channel->theirs.Get());
+    RunKeeper(engine, channel->theirs.Get(), processor);
   }
   return Nursery{std::move(channel->ours), keeper};
 }

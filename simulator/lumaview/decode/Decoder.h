@@ -115,7 +115,7 @@ struct FrameFormat {
   std::span<const uint8_t> icc;  ///< embedded profile, valid during the decode; empty = sRGB
 };
 
-/// Receives one frame. Both calls come on the decoding thread.
+/// Receives one frame. All calls come on the decoding thread.
 class RowSink {
  public:
   virtual ~RowSink() = default;
@@ -123,6 +123,9 @@ class RowSink {
   virtual Status Begin(const FrameFormat& format) = 0;
   /// Row `y` counted from 0, each exactly once and in order; `row` is valid during the call.
   virtual Status Row(int y, const uint8_t* row) = 0;
+  /// Room for the next rows as they lie in memory, one behind the other; empty where there is none. A decoder that
+  /// writes them there saves a copy; it still calls `Row` for each, with its place. Valid until the next call.
+  virtual std::span<uint8_t> GetRoom() { return {}; }
 };
 
 /// One open picture.

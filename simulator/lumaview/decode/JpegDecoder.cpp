@@ -2,6 +2,7 @@
 /// JPEG, and the multi-picture files that are JPEG streams one behind the other: baseline, extended and progressive,
 /// grey, colour and ink. What libjpeg cannot do (12 bits, lossless) is refused with its words.
 #include <algorithm>
+#include <array>
 
 #include "simulator/lumaview/decode/Bytes.h"
 #include "simulator/lumaview/decode/Exif.h"
@@ -82,17 +83,20 @@ class JpegDecoder : public Decoder {
     const Size size = session.GetOutputSize();
     const PixelLayout layout = session.GetLayout();
     const size_t row_bytes = static_cast<size_t>(size.width) * static_cast<size_t>(BytesPerPixel(layout));
-    std::vector<uint8_t> pixels(row_bytes * kRowsAtOnce);
-    JSAMPROW rows[kRowsAtOnce];
-    for (size_t i = 0; i < kRowsAtOnce; ++i) {
-      rows[i] = &pixels[i * row_bytes];
-    }
+    std::vector<uint8_t> own(row_bytes * kRowsAtOnce);
+    std::array<JSAMPROW, kRowsAtOnce> rows;
     for (int y = 0; y < size.height;) {
-      const Result<int> read = session.ReadRows(rows);
+      const std::span<uint8_t> room = sink.GetRoom();
+      const std::span<uint8_t> pixels = room.empty() ? std::span(own) : room;
+      const size_t count = std::min(kRowsAtOnce, pixels.size() / row_bytes);
+      for (size_t i = 0; i < count; ++i) {
+        rows[i] = &pixels[i * row_bytes];
+      }
+      const Result<int> read = session.ReadRows(std::span(rows).first(count));
       if (!read) {
         return read.error();
       }
-      for (int i = 0; i < *read; ++i, ++y) {
+      for (size_t i = 0; i < static_cast<size_t>(*read); ++i, ++y) {
         if (layout == PixelLayout::kCmyk && session.IsInkInverted()) {
           InvertInk(rows[i], row_bytes);
         }

@@ -37,7 +37,8 @@ void* LoadModule(const std::string& file) {
 /// What is loaded is found without a look at any folder, which a process that decodes may not take.
 void* FindOrLoad(const std::string& file) {
   static std::mutex mutex;
-  static std::map<std::string, void*> loaded;
+  // Never destroyed: a picture may be decoded while the process ends.
+  static auto& loaded = *new std::map<std::string, void*>;
   const std::lock_guard lock(mutex);
   const auto found = loaded.find(file);
   if (found != loaded.end()) {

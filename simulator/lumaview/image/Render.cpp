@@ -160,7 +160,6 @@ using DecodeFunction = Status (Decoder::*)(Size, RowSink&);
 
 Status RenderView(Decoder& decoder, DecodeFunction decode, const View& view, ImageView target) {
   const Layout layout(decoder.GetInfo(), view, target.GetSize());
-  FillOutside(target, layout.covered);
   FrameSink sink(layout, target);
   RowPipe pipe(sink);
   SIM_TRY((decoder.*decode)(layout.Ideal(decoder.GetInfo().stored), pipe));
@@ -168,6 +167,8 @@ Status RenderView(Decoder& decoder, DecodeFunction decode, const View& view, Ima
   if (!sink.IsComplete()) {
     return Error{kDamaged, "the picture ends before its last row"};
   }
+  // Last, as it touches every page of the target: by now they are there.
+  FillOutside(target, layout.covered);
   return Ok();
 }
 

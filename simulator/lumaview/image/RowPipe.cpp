@@ -37,11 +37,22 @@ Status RowPipe::Row(int y, const uint8_t* row) {
   if (batch.rows == 0) {
     batch.first_row = y;
   }
-  std::memcpy(&batch.bytes[static_cast<size_t>(batch.rows) * m_row_bytes], row, m_row_bytes);
+  uint8_t* place = &batch.bytes[static_cast<size_t>(batch.rows) * m_row_bytes];
+  if (row != place) {
+    std::memcpy(place, row, m_row_bytes);
+  }
   if (++batch.rows == m_batch_rows) {
     Publish();
   }
   return Ok();
+}
+
+std::span<uint8_t> RowPipe::GetRoom() {
+  if (!m_thread.joinable()) {
+    return {};
+  }
+  Batch& batch = m_batches[m_filling];
+  return std::span(batch.bytes).subspan(static_cast<size_t>(batch.rows) * m_row_bytes);
 }
 
 /// The second thread gets the batch, and the next one is emptied.

@@ -23,6 +23,7 @@ class RowPipe : public RowSink {
 
   Status Begin(const FrameFormat& format) override;
   Status Row(int y, const uint8_t* row) override;
+  std::span<uint8_t> GetRoom() override;
 
   /// Waits until `next` has had all rows; its first error. To be called once, after the last row.
   Status Finish();

@@ -18,6 +18,14 @@ Reporter::~Reporter() {
   }
 }
 
+Reporter::RecipientPtr Reporter::AddRecipient(void* record) {
+  const std::lock_guard lock(m_mutex);
+  if (!m_thread.joinable()) {
+    m_thread = StartThread("lumaview-report", [this] { Run(); });
+  }
+  return std::make_shared<Recipient>(record);
+}
+
 void Reporter::SetCallback(const RecipientPtr& recipient, lumaview_event_type_e type, lumaview_event_cb callback) {
   const std::lock_guard lock(m_mutex);
   recipient->m_callbacks[type] = callback;
@@ -36,9 +44,6 @@ void Reporter::Post(const RecipientPtr& recipient, std::shared_ptr<const void> o
     return;
   }
   m_reports.push_back({recipient, std::move(owner), type, result});
-  if (!m_thread.joinable()) {
-    m_thread = StartThread("lumaview-report", [this] { Run(); });
-  }
   m_posted.notify_one();
 }
 

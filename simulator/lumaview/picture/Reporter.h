@@ -37,6 +37,9 @@ class Reporter {
   Reporter(const Reporter&) = delete;
   Reporter& operator=(const Reporter&) = delete;
 
+  /// For `record`'s callbacks. Throws std::system_error when the system gives no thread to make them on: who asks for
+  /// reports later is not told that none will come.
+  RecipientPtr AddRecipient(void* record);
   /// A null callback ends the reports of that type.
   void SetCallback(const RecipientPtr& recipient, lumaview_event_type_e type, lumaview_event_cb callback);
   bool HasCallback(const RecipientPtr& recipient, lumaview_event_type_e type);
@@ -63,7 +66,7 @@ class Reporter {
   std::condition_variable m_returned;
   std::deque<Report> m_reports;
   const Recipient* m_running = nullptr;  ///< whose callback runs
-  std::thread m_thread;                  ///< started with the first report
+  std::thread m_thread;                  ///< started with the first recipient
   bool m_ending = false;
 };
 

@@ -40,6 +40,12 @@ bool SealedFilesCanBeShared() {
   return can;
 }
 
+/// Takes all memory that a file may have: who met a hole later, where there is no memory left, would be killed.
+Status TakeMemory(const UniqueFd& file, size_t bytes) {
+  const int error = posix_fallocate(file.Get(), 0, static_cast<off_t>(bytes));
+  return error == 0 ? Ok() : Status(OutOfMemory(bytes, error));
+}
+
 }  // namespace
 
 Result<UniqueFd> SharedMemory::CreateFile(size_t bytes) {
@@ -50,8 +56,8 @@ Result<UniqueFd> SharedMemory::CreateFile(size_t bytes) {
   if (!fd) {
     return OutOfMemory(bytes, errno);
   }
-  if (const int error = posix_fallocate(fd.Get(), 0, static_cast<off_t>(bytes)); error != 0) {
-    return OutOfMemory(bytes, error);
+  if (ftruncate(fd.Get(), static_cast<off_t>(bytes)) != 0) {
+    return OutOfMemory(bytes, errno);
   }
   fcntl(fd.Get(), F_ADD_SEALS, F_SEAL_SHRINK | F_SEAL_GROW);
   return fd;
@@ -62,6 +68,7 @@ Result<std::shared_ptr<SharedMemory>> SharedMemory::Create(size_t bytes) {
   if (!fd) {
     return fd.error();
   }
+  SIM_TRY(TakeMemory(*fd, bytes));
   void* data = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_POPULATE, fd->Get(), 0);
   if (data == MAP_FAILED) {
     return OutOfMemory(bytes, errno);
@@ -75,6 +82,7 @@ Result<std::shared_ptr<SharedMemory>> SharedMemory::Freeze(UniqueFd file, size_t
   if (fcntl(file.Get(), F_ADD_SEALS, seal | F_SEAL_SEAL) != 0 && errno == EBUSY) {
     return Error{kDamaged, "the decoder does not let go of the frame"};
   }
+  SIM_TRY(TakeMemory(file, bytes));  // now that nobody can make holes
   void* data = mmap(nullptr, bytes, PROT_READ, MAP_SHARED, file.Get(), 0);
   if (data == MAP_FAILED) {
     return OutOfMemory(bytes, errno);

@@ -20,9 +20,11 @@ class SharedMemory {
  public:
   /// All pages are taken at once: a lack of memory is an error here (kOutOfMemory) and not a signal later.
   static Result<std::shared_ptr<SharedMemory>> Create(size_t bytes);
-  /// The file alone, zeroed, for another process to write. Errors: kOutOfMemory.
+  /// The file alone, zeroed, for another process to write, which takes the memory while it decodes. Errors:
+  /// kOutOfMemory.
   static Result<UniqueFd> CreateFile(size_t bytes);
-  /// Takes over a file of `CreateFile` when it is written: from now on nobody can. Its pixels are to be read only.
+  /// Takes over a file of `CreateFile` when it is written: from now on nobody can, and all its memory is there. Its
+  /// pixels are to be read only.
   /// Errors: kDamaged while another process still has it mapped for writing; kOutOfMemory.
   static Result<std::shared_ptr<SharedMemory>> Freeze(UniqueFd file, size_t bytes);
   ~SharedMemory();
