@@ -7,6 +7,7 @@
 
 #include "simulator/base/Faults.h"
 #include "simulator/base/Log.h"
+#include "simulator/base/SlowCall.h"
 #include "simulator/vconf/Subscriptions.h"
 
 namespace {
@@ -24,6 +25,7 @@ sim::vconf::Subscriptions& ProcessSubscriptions() {
 }  // namespace
 
 int vconf_notify_key_changed(const char* key, vconf_callback_fn callback, void* user_data) {
+  const sim::SlowCall slow("vconf", "vconf_notify_key_changed");
   if (ShallFail("vconf_notify_key_changed") || key == nullptr || callback == nullptr) {
     return -1;
   }
@@ -36,6 +38,7 @@ int vconf_notify_key_changed(const char* key, vconf_callback_fn callback, void* 
 }
 
 int vconf_ignore_key_changed(const char* key, vconf_callback_fn callback) {
+  const sim::SlowCall slow("vconf", "vconf_ignore_key_changed");
   return !ShallFail("vconf_ignore_key_changed") && key != nullptr && ProcessSubscriptions().Remove(key, callback) ? 0
                                                                                                                   : -1;
 }

@@ -15,6 +15,12 @@
 #include "simulator/vconf/StoreFile.h"
 
 namespace sim::vconf {
+namespace {
+
+/// After which what could not be read is tried again, unless the file changes before.
+constexpr gint64 kNextTry = G_USEC_PER_SEC;
+
+}  // namespace
 
 /// A GSource is C's, so what it needs stands in an object beside it.
 struct Watch::Source {
@@ -24,6 +30,7 @@ struct Watch::Source {
     OnRecord onRecord;
     gpointer tag = nullptr;
     bool mayHaveMore = false;  ///< the file has changed since the reader came to its end
+    bool failed = false;       ///< the last reading
   };
 
   GSource base;
@@ -50,9 +57,15 @@ struct Watch::Source {
   static gboolean Dispatch(GSource* source, GSourceFunc, gpointer) {
     State& state = StateOf(source);
     const auto record = state.reader.Next();
+    const bool failedBefore = std::exchange(state.failed, !record);
+    g_source_set_ready_time(source, record ? -1 : g_get_monotonic_time() + kNextTry);
     if (!record) {
-      Log(LogLevel::kError, "vconf", record.error().reason);
-      return G_SOURCE_REMOVE;
+      // Who follows a key for hours shall not miss all of it because of one bad moment.
+      if (!failedBefore) {
+        Log(LogLevel::kError, "vconf", record.error().reason + "; it is tried again");
+      }
+      state.mayHaveMore = false;
+      return G_SOURCE_CONTINUE;
     }
     state.mayHaveMore = record->has_value();
     if (*record) {

@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 
 #include <csignal>
+#include <fstream>
 #include <random>
 #include <vector>
 
@@ -50,6 +51,21 @@ TEST_F(GivenWatch, EveryValueComesOnceAndInOrder) {
   RunUntilCount(3);
   EXPECT_THAT(Values(), ElementsAre("1", "2", "1"));
   EXPECT_EQ(m_records[1].key, "b");
+}
+
+TEST_F(GivenWatch, WhatCouldNotBeReadForAWhileComesAfterwards) {
+  const auto watch = MakeWatch();
+  std::fstream file(File(), std::ios::in | std::ios::out | std::ios::binary);
+  const char first = static_cast<char>(file.get());
+  file.seekp(0).put(static_cast<char>(~first)).flush();
+  while (g_main_context_iteration(m_context.get(), FALSE)) {
+  }
+
+  file.seekp(0).put(first).flush();
+  Set(*m_store, "a", "1");
+
+  RunUntilCount(1);
+  EXPECT_THAT(Values(), ElementsAre("1"));
 }
 
 TEST_F(GivenWatch, OnlyWhatIsSetAfterwardsComes) {
