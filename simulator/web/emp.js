@@ -276,9 +276,10 @@ export class Emp {
     return new Promise((resolve, reject) => {
       socket.addEventListener('open', resolve);
       socket.addEventListener('message', ({data}) => this.#onMessage(data));
-      socket.addEventListener('error', () => {});  // "close" follows, and a Node class throws without a listener
+      const fail = () => reject(new EmpError('the television cannot be reached, or does not know this token', NOT_CONNECTED));
+      socket.addEventListener('error', fail);  // "close" follows, but not from the WebSocket of Node 20
       socket.addEventListener('close', () => {
-        reject(new EmpError('the television cannot be reached, or does not know this token', NOT_CONNECTED));
+        fail();
         if (socket === this.#socket) {
           this.#onLoss();
         }

@@ -14,7 +14,7 @@ class GivenRunningSession : public TvsimFixture {
   static constexpr std::chrono::milliseconds kGenerousTime{30000};
 
   GivenRunningSession() : m_tvsim(Start({"run", "--interval=3600", PictureNamed("a.jpg")})) {
-    Await("the first picture", [this] { return EngineLog().find("GetPictureSize") != std::string::npos; });
+    Await("the first picture", [this] { return ContentsOf(PathOf("output")).find("shown in") != std::string::npos; });
   }
 
   void ExpectNothingLeft() {

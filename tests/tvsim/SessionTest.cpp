@@ -12,6 +12,8 @@ namespace {
 
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::SizeIs;
+using testing::StartsWith;
 
 TEST_F(GivenRunningSession, StateWritesTheKeyOfTheApplication) {
   const Outcome outcome = Run({"state", "pause"});
@@ -85,14 +87,41 @@ TEST_F(GivenRunningSession, KillingItsEngineBringsANewOne) {
   });
 }
 
-TEST_F(GivenRunningSession, KillingItsXServerEndsIt) {
-  kill(ProcessNamed("Xvfb"), SIGKILL);
+TEST_F(GivenRunningSession, WhatIsKnownOfAKilledEngineIsKept) {
+  const pid_t engine = ProcessNamed("fake-engine");
+  ASSERT_GT(engine, 0);
 
-  const auto end = m_tvsim.Wait(kGenerousTime);
-  ASSERT_TRUE(end);
-  EXPECT_EQ(end->status, 1);
-  EXPECT_THAT(ContentsOf(PathOf("errors")), HasSubstr("the X server has ended"));
-  ExpectNothingLeft();
+  kill(engine, SIGKILL);
+
+  Await("a record", [this] { return !CrashRecords().empty(); });
+  const std::string record = CrashRecords().front();
+  EXPECT_THAT(record, StartsWith("end:     signal 9 (Killed)\n"));
+  EXPECT_THAT(record, HasSubstr("\ncommand: \npicture: " + PathOf("a.jpg") + "\n\n"));
+  EXPECT_THAT(record, HasSubstr("\"command\":\"StartPlayback\""));  // a line of the log
+  EXPECT_THAT(Run({"doctor"}).output, HasSubstr("lacking crashes: end:     signal 9 (Killed); "));
+}
+
+TEST_F(TvsimFixture, TheCommandThatAnEngineEndedAtIsKept) {
+  Run({"run", PictureNamed("crash.jpg")});
+
+  ASSERT_THAT(CrashRecords(), SizeIs(1));
+  EXPECT_THAT(CrashRecords().front(), StartsWith("end:     signal 11 (Segmentation fault)\n"
+                                                 "command: engine.execute {\"command\":\"InitPlayer\""));
+  EXPECT_THAT(CrashRecords().front(), HasSubstr("\nabout to crash\n"));
+}
+
+TEST_F(GivenRunningSession, KillingItsXServerBringsAnotherAndAnotherEngine) {
+  const pid_t server = ProcessNamed("Xvfb");
+  const pid_t engine = ProcessNamed("fake-engine");
+
+  kill(server, SIGKILL);
+
+  Await("another X server and another engine", [&] {
+    const pid_t server_now = ProcessNamed("Xvfb");
+    const pid_t engine_now = ProcessNamed("fake-engine");
+    return server_now > 0 && server_now != server && engine_now > 0 && engine_now != engine;
+  });
+  EXPECT_THAT(ContentsOf(PathOf("errors")), HasSubstr("its X server has ended; the engine follows it"));
 }
 
 using GivenNoSession = TvsimFixture;

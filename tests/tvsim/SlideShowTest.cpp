@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gmock/gmock.h>
 
+#include <algorithm>
+#include <csignal>
 #include <fstream>
+#include <iterator>
 
 #include "simulator/tvsim/screen/Picture.h"
 #include "tests/tvsim/TvsimFixture.h"
@@ -38,6 +41,43 @@ TEST_F(GivenAnEngine, RunReportsEachPictureThatIsNotShownAndPlaysTheOthers) {
   EXPECT_THAT(outcome.output, ContainsRegex("2/4.*missing.jpg  NOT SHOWN: ChangePlayingURL answers 0"));
   EXPECT_THAT(outcome.output, ContainsRegex("3/4.*disordered.jpg  NOT SHOWN: event 8 came without event 10"));
   EXPECT_THAT(outcome.output, ContainsRegex("4/4.*good.jpg  shown in [0-9]+ ms"));
+}
+
+TEST_F(GivenAnEngine, RunDoesNotWaitForTheEventOfAnEngineThatHasEnded) {
+  const Outcome outcome = Run({"run", "--interval=0", PictureNamed("collapse.jpg"), PictureNamed("good.jpg")});
+
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_THAT(outcome.output, ContainsRegex("1/2.*collapse.jpg  NOT SHOWN: the engine has ended"));
+  EXPECT_THAT(outcome.output, ContainsRegex("2/2.*good.jpg  shown in [0-9]+ ms"));
+}
+
+TEST_F(GivenAnEngine, RunBeginsWithAnotherWindowAfterTwoPicturesThatCouldNotBeShown) {
+  const std::string good = PictureNamed("good.jpg");
+
+  const Outcome outcome = Run({"run", "--interval=0", PictureNamed("broken1.jpg"), PictureNamed("broken2.jpg"), good});
+
+  EXPECT_EQ(outcome.status, 1);
+  const std::vector<std::string> commands = CommandsIn(EngineLog());
+  const auto again = std::ranges::find(commands, "InitPlayer(" + good + ")");
+  ASSERT_NE(again, commands.end());
+  EXPECT_EQ(*std::prev(again), "Stop()");
+}
+
+TEST_F(GivenAnEngine, RunGoesOnWithAnotherXServerAndLosesNoPicture) {
+  const ChildProcess tvsim = Start({"run", "--loop", "--interval=0.02", PictureNamed("a.jpg"), PictureNamed("b.jpg")});
+  const auto shown = [&] {
+    const std::string output = ContentsOf(PathOf("output"));
+    return std::ranges::count(output, '\n');
+  };
+  Await("the first pictures", [&] { return shown() > 5; });
+
+  kill(ProcessNamed("Xvfb"), SIGKILL);
+
+  Await("another screen",
+        [&] { return ContentsOf(PathOf("errors")).find("there is a screen again") != std::string::npos; });
+  const auto before = shown();
+  Await("more pictures", [&] { return shown() > before + 5; });
+  EXPECT_THAT(ContentsOf(PathOf("output")), testing::Not(HasSubstr("NOT SHOWN")));
 }
 
 TEST_F(GivenAnEngine, RunWithAnEffectNamesItByItsPlaceInTheEnginesList) {

@@ -59,7 +59,9 @@ TvsimFixture::TvsimFixture(Equipment equipment) : m_equipment(std::move(equipmen
   fs::create_directory(m_folder / "runtime");
 }
 
+/// What a killed tvsim has started ends a moment after it, and still writes into the folder.
 TvsimFixture::~TvsimFixture() {
+  Await("the end of all processes", [this] { return Processes().empty(); });
   fs::remove_all(m_folder);
 }
 
@@ -73,7 +75,10 @@ std::string TvsimFixture::FileWith(const std::string& name, const std::string& t
 }
 
 ProcessRequest TvsimFixture::Request(std::vector<std::string> arguments) const {
-  ProcessRequest request{{TVSIM_PROGRAM}, {{"XDG_RUNTIME_DIR", PathOf("runtime")}, {"OLM_LOG_FILE", ""}}, {}};
+  ProcessRequest request{
+      {TVSIM_PROGRAM},
+      {{"XDG_RUNTIME_DIR", PathOf("runtime")}, {"XDG_STATE_HOME", PathOf("state")}, {"OLM_LOG_FILE", ""}},
+      {}};
   const bool session = StartsSession(arguments.front());
   request.arguments.insert(request.arguments.end(), arguments.begin(), arguments.end());
   if (session) {
@@ -129,6 +134,17 @@ pid_t TvsimFixture::ProcessNamed(const std::string& name) const {
     }
   }
   return -1;
+}
+
+std::vector<std::string> TvsimFixture::CrashRecords() const {
+  std::vector<std::string> records;
+  std::error_code none;
+  for (const auto& entry : fs::directory_iterator(PathOf("state/tvsim"), none)) {
+    if (entry.path().filename().string().starts_with("crash-")) {
+      records.push_back(ContentsOf(entry.path()));
+    }
+  }
+  return records;
 }
 
 std::vector<std::string> TvsimFixture::SessionFiles() const {

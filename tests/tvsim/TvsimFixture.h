@@ -54,6 +54,8 @@ class TvsimFixture : public testing::Test {
   /// Processes of anybody's that were started by this test's tvsim, with their names.
   std::vector<std::string> Processes() const;
   pid_t ProcessNamed(const std::string& name) const;
+  /// What was kept of engines that ended and should not have.
+  std::vector<std::string> CrashRecords() const;
   /// Files of sessions.
   std::vector<std::string> SessionFiles() const;
 

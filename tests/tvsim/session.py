@@ -2,6 +2,7 @@
 """A tvsim session and its clients, for the tests that need no C++."""
 import json
 import os
+import re
 import shutil
 import signal
 import socket
@@ -10,6 +11,8 @@ import tempfile
 import time
 
 PATIENCE = 60  # seconds; everything here takes far less on a machine that does nothing else
+
+SHOWN, NOT_SHOWN = 8, 6  # events
 
 
 def await_true(what, condition):
@@ -90,16 +93,17 @@ class Client:
 
 
 class Session:
-    """tvsim serving a session on a screen of its own, in a folder of its own."""
+    """tvsim serving a session in a folder of its own, on a screen of its own unless `screen` says otherwise."""
 
-    def __init__(self, tvsim, engine, *arguments, size="640x360"):
+    def __init__(self, tvsim, engine, *arguments, size="640x360", screen=("--headless",)):
         self.folder = tempfile.mkdtemp(prefix="tvsim-")
         runtime = os.path.join(self.folder, "runtime")
         os.mkdir(runtime)
-        environment = {**os.environ, "XDG_RUNTIME_DIR": runtime, "OLM_LOG_FILE": ""}
+        environment = {**os.environ, "XDG_RUNTIME_DIR": runtime, "XDG_STATE_HOME": os.path.join(self.folder, "state"),
+                       "OLM_LOG_FILE": ""}
         self.errors = open(os.path.join(self.folder, "errors"), "w+", encoding="utf-8", errors="replace")
         self.process = subprocess.Popen(
-            [tvsim, "serve", "--headless", f"--size={size}", f"--engine={engine}", *arguments], env=environment,
+            [tvsim, "serve", *screen, f"--size={size}", f"--engine={engine}", *arguments], env=environment,
             stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=self.errors, text=True)
         self.address = self.process.stdout.readline().strip()
         assert self.address.startswith("http://"), self.said()
@@ -145,6 +149,10 @@ class Session:
         found = [number for number, name in self.processes() if name in ("picture-player", "fake-engine")]
         return max(found) if found else None
 
+    def server(self):
+        """The X server of its own screen."""
+        return next((number for number, name in self.processes() if name == "Xvfb"), None)
+
     def end(self, number=signal.SIGTERM):
         """Ends tvsim and sees that nothing of it stays."""
         self.process.send_signal(number)
@@ -156,6 +164,47 @@ class Session:
         self.errors.close()
         self.process.stdout.close()
         shutil.rmtree(self.folder)
+
+
+class Application:
+    """Plays one picture again and again."""
+
+    def __init__(self, session, picture):
+        self.picture = picture
+        self.client = session.connect()
+        self.log = self.client.call("session.status")["result"]["engineLog"]
+
+    def command(self, name, **params):
+        """1, 0, or the error's number."""
+        answer = self.client.call("command." + name, **params)
+        return answer["result"] if "result" in answer else answer["error"]["code"]
+
+    def start_playing(self):
+        """The first answer that is not 1; None when all are."""
+        for name, params in (("InitPlayer", {"url": self.picture}),
+                             ("SetDisplayArea", {"x": 0, "y": 0, "width": 0, "height": 0}), ("StartPlayback", {})):
+            if (answer := self.command(name, **params)) != 1:
+                return f"{name} answers {answer}"
+            if name == "InitPlayer":
+                self.client.notifications.clear()  # of the picture before, which has gone by now
+        return None
+
+    def await_picture(self):
+        event = self.client.await_notification("engine.event", lambda event: event["event"] in (SHOWN, NOT_SHOWN))
+        return None if event["event"] == SHOWN else "event 6"
+
+    def show(self):
+        """Why the picture does not stand; None when it does."""
+        return self.start_playing() or self.await_picture()
+
+    def engine(self):
+        """The engine's process, as the session numbers it."""
+        return self.client.call("session.status")["result"]["engineProcess"]
+
+    def window(self):
+        """The engine's, as its log tells."""
+        with open(self.log, encoding="utf-8", errors="replace") as file:
+            return int(re.findall(r"StaticSetWindow 0x([0-9a-f]+)", file.read())[-1], 16)
 
 
 def memory_of(process):

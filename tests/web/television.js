@@ -58,7 +58,7 @@ export class Television {
   async #start(args) {
     // However the test ends, its television ends too.
     this.process = spawn('setpriv', ['--pdeathsig', 'TERM', path.join(BINARIES, 'tvsim'), ...args], {
-      env: {...process.env, XDG_RUNTIME_DIR: this.folder, OLM_LOG_FILE: ''},
+      env: {...process.env, XDG_RUNTIME_DIR: this.folder, XDG_STATE_HOME: `${this.folder}/state`, OLM_LOG_FILE: ''},
       stdio: ['ignore', 'pipe', 'pipe'],
     });
     this.errors = '';

@@ -134,12 +134,15 @@ std::string ManPage(const CLI::App& root) {
     text += ".SS tvsim " + sub->get_name() + "\n" + Roff(sub->get_description()) + ".\n" + RoffOptions(*sub);
   }
   text += ".SH EXIT STATUS\n" + Roff(root.get_footer()) + "\n";
-  text += ".SH FILES\n.TP\n.I $XDG_RUNTIME_DIR/tvsim/NAME\n" +
-          Roff(
-              "The folder of a session, for its owner alone: the control socket, the key store, the engine's log. "
-              "/tmp/tvsim-UID/NAME where there is no XDG_RUNTIME_DIR.") +
-          "\n.SH ENVIRONMENT\n.TP\n.B OLM_LOG_FILE\n" + Roff("The file of the engine's log.") +
-          "\n.TP\n.B OLM_LOG_LEVEL\n" + Roff("Filters it: 1 errors ... 4 everything.") + "\n";
+  text +=
+      ".SH FILES\n.TP\n.I $XDG_RUNTIME_DIR/tvsim/NAME\n" +
+      Roff(
+          "The folder of a session, for its owner alone: the control socket, the key store, the engine's log. "
+          "/tmp/tvsim-UID/NAME where there is no XDG_RUNTIME_DIR.") +
+      "\n.TP\n.I $XDG_STATE_HOME/tvsim/crash-TIME.txt\n" +
+      Roff("What is known of an engine that crashed, the last ten; ~/.local/state where there is no XDG_STATE_HOME.") +
+      "\n.SH ENVIRONMENT\n.TP\n.B OLM_LOG_FILE\n" + Roff("The file of the engine's log.") +
+      "\n.TP\n.B OLM_LOG_LEVEL\n" + Roff("Filters it: 1 errors ... 4 everything.") + "\n";
   return text;
 }
 

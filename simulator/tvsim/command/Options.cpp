@@ -48,8 +48,9 @@ void AddSessionOptions(CLI::App& app, SessionOptions& options) {
                  "Milliseconds after which a command without an answer failed")
       ->capture_default_str()
       ->check(CLI::Range(1, 3600000));
-  app.add_option("--quick-restarts", options.quick_restarts,
-                 "How often within a minute an engine that has ended is started again at once; after that it waits")
+  app.add_option(
+         "--quick-restarts", options.quick_restarts,
+         "How often within a minute an engine or X server that has ended is started again at once; then it waits")
       ->capture_default_str()
       ->check(CLI::Range(0, 1000000));
   app.add_option("--application", options.application.id, "The application's id")->capture_default_str();

@@ -65,6 +65,7 @@ ControlServer::ControlServer(Television& television, UniqueFd listener)
   Television::Observer observer;
   observer.on_event = [this](const SessionEvent& event) { Broadcast(kEventMethod, ParamsOf(event)); };
   observer.on_engine_exit = [this](const ProcessEnd& end, bool restarted) { OnEngineExit(end, restarted); };
+  observer.on_new_screen = [this] { FollowScreen(); };
   observer.on_late_start = [this] { Broadcast(kStartMethod, {"{}"}); };
   television.Observe(std::move(observer));
 }
@@ -80,6 +81,15 @@ void ControlServer::FollowLog() {
     m_log = std::move(*log);
   } else {
     Complain(log.error().reason);
+  }
+}
+
+void ControlServer::FollowScreen() {
+  if (!m_context.screen) {
+    return;
+  }
+  if (const Status follows = m_context.screen->Follow(); !follows) {
+    Complain(follows.error().reason);
   }
 }
 

@@ -33,6 +33,7 @@ class ControlServer {
   void Accept();
   void Forget(const ControlConnection* connection);
   void FollowLog();
+  void FollowScreen();
   void OnScreenChange(int64_t number);
   void OnLogLine(const std::string& line);
   void OnEngineExit(const ProcessEnd& end, bool restarted);

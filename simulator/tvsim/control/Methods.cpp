@@ -292,7 +292,7 @@ std::vector<rpc::MethodEntry> Restricted(std::vector<rpc::MethodEntry> methods, 
   }
   for (rpc::MethodEntry& method : methods) {
     if (!method.notes.readOnly) {
-      method.run = [name = method.name](const nlohmann::json*, Reply reply) {
+      method.run = [name = method.name](const rpc::Params&, Reply reply) {
         reply(rpc::Answer(MakeError(kForbidden, "this client may only look on, not call " + name)));
       };
     }

@@ -24,16 +24,31 @@ std::vector<rpc::FieldInfo> FieldsOf(const EngineCommand& command) {
 }
 
 /// The engine takes texts; a number becomes its decimal digits.
-bool ReadAsText(ParamKind kind, const nlohmann::json& json, std::string& text) {
+template <typename Source>
+bool ReadAsText(ParamKind kind, Source& source, std::string& text) {
   int64_t number = 0;
   if (!IsNumeric(kind)) {
-    return rpc::ReadParam(json, text);
+    return rpc::ReadParam(source, text);
   }
-  if (!rpc::ReadParam(json, number)) {
+  if (!rpc::ReadParam(source, number)) {
     return false;
   }
   text = std::to_string(number);
   return true;
+}
+
+/// The texts that the engine gets. Errors: the parameters do not fit.
+std::optional<rpc::CallError> ReadTexts(const EngineCommand& command, const std::vector<rpc::FieldInfo>& fields,
+                                        const rpc::Params& given, std::vector<std::string>& texts) {
+  const auto read = [&](size_t index, auto& source) {
+    return ReadAsText(command.params[index].kind, source, texts[index]);
+  };
+  texts.assign(fields.size(), "");
+  if (rpc::MatchPlain(given, fields, read)) {
+    return std::nullopt;
+  }
+  texts.assign(fields.size(), "");
+  return rpc::MatchParams(given.Document(), fields, read);
 }
 
 bool TakesPath(const std::string& name) {
@@ -81,13 +96,10 @@ rpc::MethodEntry TypedCommand(ControlContext* context, const EngineCommand& comm
                  .errors = ErrorsOf({rpc::kInvalidParams, rpc::kConnectionLost, kNoAnswerInTime, kForbidden}),
                  .exampleParams = {command.example_params},
                  .exampleResult = {command.example_result}};
-  entry.run = [context, &command, fields = entry.fields, name = entry.name](const nlohmann::json* json,
+  entry.run = [context, &command, fields = entry.fields, name = entry.name](const rpc::Params& given,
                                                                             rpc::Reply reply) {
-    std::vector<std::string> params(fields.size());
-    const auto wrong = rpc::MatchParams(json, fields, [&](size_t index, const nlohmann::json& value) {
-      return ReadAsText(command.params[index].kind, value, params[index]);
-    });
-    if (wrong) {
+    std::vector<std::string> params;
+    if (const auto wrong = ReadTexts(command, fields, given, params)) {
       reply(rpc::Answer(rpc::Explained(*wrong, name, fields)));
       return;
     }

@@ -8,8 +8,10 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
 
 #include "simulator/lumaview/cage/CageFinding.h"
+#include "simulator/tvsim/engine/CrashRecord.h"
 #include "simulator/tvsim/process/ChildProcess.h"
 #include "simulator/tvsim/process/Namespaces.h"
 #include "simulator/tvsim/screen/Screen.h"
@@ -79,15 +81,23 @@ Finding ExamineEngine(const std::string& engine) {
   return Good("engine", path);
 }
 
-/// The decoders stand beside the picture library, one file a format.
+/// Beside this program as it was built, or where the libraries are installed.
+fs::path DecodersFolder() {
+  std::error_code error;
+  const fs::path beside = fs::read_symlink("/proc/self/exe", error).parent_path().parent_path() / "lib" / "lumaview";
+  return fs::is_directory(beside, error) ? beside : fs::path(LUMAVIEW_MODULE_FOLDER);
+}
+
+/// The decoders stand beside the picture library, one file a format, with two files that are none.
 Finding ExamineFormats() {
   std::error_code error;
-  const fs::path folder = fs::read_symlink("/proc/self/exe", error).parent_path().parent_path() / "lib" / "lumaview";
+  const fs::path folder = DecodersFolder();
   std::vector<std::string> formats;
   const std::string before = "liblumaview-", after = ".so";
   for (const auto& entry : fs::directory_iterator(folder, error)) {
     const std::string name = entry.path().filename();
-    if (name.starts_with(before) && name.ends_with(after)) {
+    if (name.starts_with(before) && name.ends_with(after) && name != before + "colour" + after &&
+        name != before + "kernels" + after) {
       formats.push_back(name.substr(before.size(), name.size() - before.size() - after.size()));
     }
   }
@@ -118,6 +128,20 @@ Finding ExamineRuntimeFolder() {
   return Good("runtime folder", fs::path(folder->Path()).parent_path());
 }
 
+/// The first lines of a record say how the engine ended, and at what.
+Finding ExamineCrashes() {
+  const auto newest = NewestCrashRecord();
+  if (!newest) {
+    return Good("crashes", "none on record");
+  }
+  std::ifstream record(*newest);
+  std::string text;
+  for (std::string line; std::getline(record, line) && !line.empty();) {
+    text += line + "; ";
+  }
+  return {Health::kLacking, "crashes", text + *newest, "report it with that file, then remove the file"};
+}
+
 Finding ExamineLimits() {
   rlimit files{};
   getrlimit(RLIMIT_NOFILE, &files);
@@ -142,6 +166,7 @@ std::vector<Finding> Examine(const std::string& engine) {
   findings.push_back(ExamineCage());
   findings.push_back(ExamineRuntimeFolder());
   findings.push_back(ExamineLimits());
+  findings.push_back(ExamineCrashes());
   return findings;
 }
 

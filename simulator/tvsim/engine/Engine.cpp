@@ -10,17 +10,20 @@
 #include <csignal>
 #include <cstring>
 
+#include "simulator/base/Log.h"
+#include "simulator/base/LogFile.h"
 #include "simulator/rpc/Binder.h"
 #include "simulator/tvsim/engine/Timer.h"
+#include "simulator/tvsim/engine/WaitReport.h"
 
 namespace sim::tvsim {
 namespace {
 
-constexpr int kChannel = 3;  // the descriptor's number in the engine process
+constexpr int kChannel = 3, kLogStage = 4;  // the descriptors' numbers in the engine process
 constexpr std::chrono::milliseconds kOrderlyEnd(5000);
-constexpr std::chrono::milliseconds kLastWords(50);  // its end is to be reported within a tenth of a second
-constexpr std::chrono::seconds kRestartWindow(60);
-constexpr std::chrono::milliseconds kFirstBackOff(1000), kLongestBackOff(30000);
+constexpr std::chrono::milliseconds kSlowAnswer(2000);  // only a command that waits for something takes as long
+constexpr std::chrono::milliseconds kSilence(50);       // so long a command may keep its log's lines back
+constexpr std::chrono::milliseconds kLastWords(50);     // its end is to be reported within a tenth of a second
 
 const rpc::Fields<EngineEvent> kEventFields = {
     rpc::Required("event", &EngineEvent::number),
@@ -32,7 +35,7 @@ const rpc::Fields<EngineEvent> kEventFields = {
 }  // namespace
 
 Engine::Engine(EngineOptions options, Callbacks callbacks)
-    : m_options(std::move(options)), m_callbacks(std::move(callbacks)) {}
+    : m_options(std::move(options)), m_callbacks(std::move(callbacks)), m_pace(m_options.quick_restarts) {}
 
 Result<std::unique_ptr<Engine>> Engine::Start(EngineOptions options, Callbacks callbacks) {
   std::unique_ptr<Engine> engine(new Engine(std::move(options), std::move(callbacks)));
@@ -48,6 +51,7 @@ Engine::~Engine() {
   if (m_process && !m_process->Wait(kOrderlyEnd)) {
     m_process->End(std::chrono::milliseconds(0));
   }
+  WriteLastLines();
 }
 
 Status Engine::Launch() {
@@ -61,10 +65,20 @@ Status Engine::Launch() {
   if (!log) {
     return Error{errno, "cannot write " + m_options.log_file + ": " + std::strerror(errno)};
   }
-  ProcessRequest request{
-      {m_options.program}, m_options.environment, {{theirs.Get(), kChannel}, {log.Get(), 1}, {log.Get(), 2}}};
+  const Result<UniqueFd> log_memory = LogStage::MakeMemory();
+  if (!log_memory) {
+    return log_memory.error();
+  }
+  auto log_stage = LogStage::Open(log_memory->Get());
+  if (!log_stage) {
+    return log_stage.error();
+  }
+  ProcessRequest request{{m_options.program},
+                         m_options.environment,
+                         {{theirs.Get(), kChannel}, {log_memory->Get(), kLogStage}, {log.Get(), 1}, {log.Get(), 2}}};
   request.environment.emplace_back("OLM_CHANNEL_FD", std::to_string(kChannel));
   request.environment.emplace_back("OLM_LOG_FILE", m_options.log_file);
+  request.environment.emplace_back("OLM_LOG_STAGE", std::to_string(kLogStage));
   Result<ChildProcess> process = ChildProcess::Start(request);
   if (!process) {
     return process.error();
@@ -74,6 +88,7 @@ Status Engine::Launch() {
     return transport.error();
   }
   m_process = std::make_unique<ChildProcess>(std::move(*process));
+  m_log_stage = std::move(*log_stage);
   m_process_ended = m_channel_closed = false;
   m_client = std::make_unique<rpc::Client>(
       *transport,
@@ -91,31 +106,98 @@ Status Engine::Launch() {
 
 void Engine::Call(std::string_view method, const rpc::JsonText& params, rpc::Client::OnAnswer on_answer) {
   if (!m_client) {
-    on_answer(
-        rpc::Failure(rpc::kConnectionLost, "the engine has ended too often; it is started again in some seconds"));
+    on_answer(rpc::Failure(
+        rpc::kConnectionLost,
+        m_suspended.empty() ? "the engine has ended too often; it is started again in some seconds" : m_suspended));
     return;
   }
-  // The timer goes with the answer.
-  auto timer = std::make_shared<std::unique_ptr<Timer>>();
-  m_client->Call(method, params, [this, timer, on_answer](const rpc::Answer& answer) {
-    timer->reset();
-    const auto* error = std::get_if<rpc::CallError>(&answer);
-    if (error != nullptr && error->code == rpc::kConnectionLost) {
-      m_lost_calls.push_back(on_answer);  // until it is known how the engine ended
-    } else {
-      on_answer(answer);
+  auto call = std::string(method) + " " + params.text;
+  m_client->Call(method, params,
+                 [this, on_answer = std::move(on_answer), call = std::move(call)](const rpc::Answer& answer) {
+                   const auto* error = std::get_if<rpc::CallError>(&answer);
+                   if (error != nullptr && error->code == rpc::kConnectionLost) {
+                     if (m_lost_calls.empty()) {
+                       m_interrupted_call = call;
+                     }
+                     m_lost_calls.push_back(on_answer);  // until it is known how the engine ended
+                   } else {
+                     on_answer(answer);
+                   }
+                 });
+  if (!m_answer_timer) {
+    LookAfterCalls(m_options.answer_limit);
+  }
+}
+
+/// One timer looks after all calls: making one for each would cost more than most calls do.
+void Engine::LookAfterCalls(std::chrono::nanoseconds longest_wait) {
+  const auto wait =
+      std::chrono::ceil<std::chrono::milliseconds>(std::min<std::chrono::nanoseconds>(kSilence, longest_wait));
+  m_answer_timer = std::make_unique<Timer>(wait, [this] {
+    m_answer_timer.reset();
+    const auto oldest = m_client ? m_client->OldestCall() : std::nullopt;
+    if (!oldest) {
+      return;
     }
+    const auto age = rpc::Client::Clock::now() - *oldest;
+    if (age >= m_options.answer_limit) {
+      return GiveUp();
+    }
+    if (age >= kSilence) {
+      WriteLastLines();  // what a command has said before it hangs is of interest now
+    }
+    if (age >= kSlowAnswer && m_told_of_call != *oldest) {
+      m_told_of_call = *oldest;
+      TellOfSlowAnswer();
+    }
+    LookAfterCalls(m_options.answer_limit - age);
   });
-  if (m_channel_closed) {
-    return;
+}
+
+/// The log's lines that the engine keeps back, or has not come to write.
+void Engine::WriteLastLines() {
+  if (m_log_stage) {
+    m_log_stage->Flush([this](std::string_view lines) { sim::LogFile(m_options.log_file, kMaxLogFile).Write(lines); });
   }
-  *timer = std::make_unique<Timer>(m_options.answer_limit, [this] { GiveUp(); });
+}
+
+/// Below the lines that say which command it is at.
+void Engine::TellOfSlowAnswer() {
+  const std::string milliseconds = std::to_string(kSlowAnswer.count());
+  sim::LogFile(m_options.log_file, kMaxLogFile)
+      .Write("[tvsim] the engine has not answered for " + milliseconds + " ms; " + WhatItWaitsFor(m_process->Id()) +
+             "\n");
 }
 
 /// An engine that hangs is ended, so that the next command finds one that does not.
 void Engine::GiveUp() {
-  m_hung = true;
+  const std::string limit = std::to_string(m_options.answer_limit.count());
+  Kill({kNoAnswerInTime, "the engine has not answered within " + limit + " ms", {}});
+}
+
+void Engine::Kill(rpc::CallError reason) {
+  if (!m_killed) {
+    m_killed = std::move(reason);
+  }
   m_process->Signal(SIGKILL);
+}
+
+void Engine::Suspend(const std::string& reason) {
+  m_suspended = reason;
+  m_late_start.reset();
+  if (m_process) {
+    Kill({rpc::kConnectionLost, "the engine was ended: " + reason, {}});
+  }
+}
+
+void Engine::Resume() {
+  m_suspended.clear();
+  if (!Launch()) {
+    LaunchLater();
+    return;
+  }
+  ++m_restarts;
+  m_callbacks.on_late_start();
 }
 
 void Engine::OnNotification(const std::string& method, const rpc::JsonText& params) {
@@ -129,27 +211,28 @@ void Engine::OnNotification(const std::string& method, const rpc::JsonText& para
 
 /// False when it has to wait: it was done too often lately, or cannot be done now.
 bool Engine::LaunchAgain() {
-  const auto now = std::chrono::steady_clock::now();
-  while (!m_recent_restarts.empty() && now - m_recent_restarts.front() > kRestartWindow) {
-    m_recent_restarts.pop_front();
-  }
-  if (m_recent_restarts.size() >= static_cast<size_t>(m_options.quick_restarts) || !Launch()) {
+  if (!m_callbacks.may_start()) {
     return false;
   }
-  m_recent_restarts.push_back(now);
-  m_back_off = std::chrono::milliseconds(0);
+  if (!m_pace.MayStartNow() || !Launch()) {
+    LaunchLater();
+    return false;
+  }
+  m_pace.StartedNow();
   ++m_restarts;
   return true;
 }
 
 void Engine::LaunchLater() {
-  m_back_off = std::clamp(m_back_off * 2, kFirstBackOff, kLongestBackOff);
-  m_late_start = std::make_unique<Timer>(m_back_off, [this] {
+  m_late_start = std::make_unique<Timer>(m_pace.NextWait(), [this] {
+    if (!m_callbacks.may_start()) {
+      return;
+    }
     if (!Launch()) {
       LaunchLater();
       return;
     }
-    m_recent_restarts.push_back(std::chrono::steady_clock::now());
+    m_pace.StartedLate();
     ++m_restarts;
     m_callbacks.on_late_start();
   });
@@ -180,16 +263,16 @@ void Engine::Finish() {
   m_patience.reset();
   const ProcessEnd end = m_process->Wait(std::chrono::milliseconds(0)).value_or(ProcessEnd{});
   m_process.reset();
+  WriteLastLines();
   m_dead_client = std::move(m_client);
-  const bool restarted = LaunchAgain();
-  if (!restarted) {
-    LaunchLater();
+  if (m_lost_calls.empty()) {
+    m_interrupted_call.clear();
   }
+  const bool restarted = LaunchAgain();
   m_callbacks.on_exit(end, restarted);
-  const std::string limit = std::to_string(m_options.answer_limit.count());
-  const rpc::Answer failure = std::exchange(m_hung, false)
-                                  ? rpc::Failure(kNoAnswerInTime, "the engine has not answered within " + limit + " ms")
-                                  : rpc::Failure(rpc::kConnectionLost, "the engine has ended: " + end.Text());
+  const rpc::Answer failure =
+      std::exchange(m_killed, std::nullopt)
+          .value_or(rpc::CallError{rpc::kConnectionLost, "the engine has ended: " + end.Text(), {}});
   for (const auto& on_answer : std::exchange(m_lost_calls, {})) {
     on_answer(failure);
   }

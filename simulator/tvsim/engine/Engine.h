@@ -5,15 +5,17 @@
 #include <glib.h>
 
 #include <chrono>
-#include <deque>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "simulator/base/LogStage.h"
 #include "simulator/base/Result.h"
 #include "simulator/rpc/Client.h"
+#include "simulator/tvsim/engine/RestartPace.h"
 #include "simulator/tvsim/process/ChildProcess.h"
 
 namespace sim::tvsim {
@@ -45,8 +47,7 @@ struct EngineOptions {
 };
 
 /// The engine process, supervised: when it ends, or is ended because it does not answer, that is reported and it is
-/// started again. After `quick_restarts` within a minute the next ones wait, each twice as long as the one before, at
-/// most half a minute.
+/// started again, as soon as `RestartPace` says.
 /// Loop thread only; the callbacks run there.
 class Engine {
  public:
@@ -56,6 +57,8 @@ class Engine {
     std::function<void(const ProcessEnd&, bool restarted)> on_exit;
     /// That one has come.
     std::function<void()> on_late_start;
+    /// Asked before an engine is started again. When it answers false none is, until `Resume`.
+    std::function<bool()> may_start;
   };
 
   /// Runs on the default main context. Errors: there is no such program or it cannot be started.
@@ -70,9 +73,19 @@ class Engine {
   /// the limit, it is called with an error once the next engine is there.
   void Call(std::string_view method, const rpc::JsonText& params, rpc::Client::OnAnswer on_answer);
 
+  /// Ends the engine and starts none until `Resume`; calls meanwhile fail with `reason`. The end is reported as any
+  /// other. Where none is running only the second half happens.
+  void Suspend(const std::string& reason);
+  /// The next engine comes at once. The end of the one before has been reported by now.
+  void Resume();
+
   /// False between an engine's end and a start that waits.
   bool IsRunning() const { return m_process != nullptr; }
+  /// Not while one that was ended by `Suspend` still is.
+  bool TakesCommands() const { return m_client != nullptr && m_suspended.empty(); }
   pid_t ProcessId() const { return m_process ? m_process->Id() : -1; }
+  /// What the engine that ended last had not answered: the oldest call's method and parameters. Empty: it was idle.
+  const std::string& InterruptedCall() const { return m_interrupted_call; }
   int Restarts() const { return m_restarts; }
   const std::string& LogFile() const { return m_options.log_file; }
 
@@ -81,7 +94,11 @@ class Engine {
 
   Status Launch();
   void OnNotification(const std::string& method, const rpc::JsonText& params);
+  void LookAfterCalls(std::chrono::nanoseconds longest_wait);
+  void WriteLastLines();
+  void TellOfSlowAnswer();
   void GiveUp();
+  void Kill(rpc::CallError reason);
   void OnProcessEnd();
   void OnChannelClosed();
   void Finish();
@@ -90,18 +107,22 @@ class Engine {
 
   const EngineOptions m_options;
   const Callbacks m_callbacks;
+  std::unique_ptr<LogStage> m_log_stage;  ///< of the engine that runs, or ran last
   std::unique_ptr<ChildProcess> m_process;
   std::unique_ptr<rpc::Client> m_client;
   std::unique_ptr<rpc::Client> m_dead_client;  ///< of the engine before; its callbacks may still be on the stack
   unsigned int m_end_source = 0;
   bool m_process_ended = false;
   bool m_channel_closed = false;
-  bool m_hung = false;                              ///< it was ended because it did not answer
-  std::unique_ptr<Timer> m_patience;                ///< runs between these two
+  std::optional<rpc::CallError> m_killed;           ///< why it was ended from here
+  std::string m_suspended;                          ///< why none is started; empty: one may be
+  std::unique_ptr<Timer> m_answer_timer;            ///< runs while calls are open
+  std::unique_ptr<Timer> m_patience;                ///< runs between the end of one and of the other
   std::vector<rpc::Client::OnAnswer> m_lost_calls;  ///< open when the channel was closed
+  std::string m_interrupted_call;
+  rpc::Client::Clock::time_point m_told_of_call;  ///< that the log has been told is slow
   int m_restarts = 0;
-  std::deque<std::chrono::steady_clock::time_point> m_recent_restarts;
-  std::chrono::milliseconds m_back_off{0};  ///< of the last start that waited; 0: it did not
+  RestartPace m_pace;
   std::unique_ptr<Timer> m_late_start;
 };
 

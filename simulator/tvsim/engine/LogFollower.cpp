@@ -50,10 +50,10 @@ LogFollower::~LogFollower() {
   g_source_remove(m_source);
 }
 
-/// True when a log was opened that had not been before.
+/// True when a log was opened that had not been before. A device is none: it may have no end.
 bool LogFollower::OpenWhereNeeded() {
   struct stat standing, opened;
-  const bool exists = stat(m_file.c_str(), &standing) == 0;
+  const bool exists = stat(m_file.c_str(), &standing) == 0 && S_ISREG(standing.st_mode);
   if (!exists || (m_log && fstat(m_log.Get(), &opened) == 0 && opened.st_ino == standing.st_ino)) {
     return false;
   }

@@ -2,12 +2,19 @@
 #include "simulator/tvsim/engine/LogTail.h"
 
 #include <cctype>
+#include <filesystem>
 #include <fstream>
 
 namespace sim::tvsim {
 namespace {
 
 constexpr std::streamoff kEndToRead = 64 * 1024;
+
+/// A log may go to a device, which cannot be read or has no end.
+std::ifstream OpenLog(const std::string& file) {
+  std::error_code none;
+  return std::filesystem::is_regular_file(file, none) ? std::ifstream(file, std::ios::binary) : std::ifstream();
+}
 
 }  // namespace
 
@@ -25,7 +32,7 @@ std::string WithoutColours(const std::string& text) {
 }
 
 bool HasLineWith(const std::string& file, const std::string& text) {
-  std::ifstream log(file, std::ios::binary);
+  std::ifstream log = OpenLog(file);
   for (std::string line; std::getline(log, line);) {
     if (WithoutColours(line).find(text) != std::string::npos) {
       return true;
@@ -35,7 +42,8 @@ bool HasLineWith(const std::string& file, const std::string& text) {
 }
 
 std::vector<std::string> LastLines(const std::string& file, size_t count) {
-  std::ifstream log(file, std::ios::ate | std::ios::binary);
+  std::ifstream log = OpenLog(file);
+  log.seekg(0, std::ios::end);
   const std::streamoff size = log.tellg();
   if (size <= 0) {
     return {};

@@ -1,9 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "simulator/tvsim/screen/Screen.h"
 
+#include <poll.h>
+#include <sys/socket.h>
 #include <xcb/composite.h>
+#include <xcb/xcbext.h>
 
 #include <cerrno>
+#include <cstdlib>
 #include <thread>
 
 namespace sim::tvsim {
@@ -38,6 +42,40 @@ Result<std::unique_ptr<Screen>> Screen::Connect() {
   // The engine's window always stands on the first screen.
   xcb_screen_t* screen = xcb_setup_roots_iterator(xcb_get_setup(connection)).data;
   return std::unique_ptr<Screen>(new Screen(connection, screen));
+}
+
+Status Screen::Reconnect() {
+  auto screen = Connect();
+  if (!screen) {
+    return screen.error();
+  }
+  std::swap(m_connection, (*screen)->m_connection);
+  std::swap(m_screen, (*screen)->m_screen);
+  return Ok();
+}
+
+bool Screen::IsLost() const {
+  pollfd connection{Descriptor(), 0, 0};
+  return xcb_connection_has_error(m_connection.get()) != 0 || poll(&connection, 1, 0) == 1;
+}
+
+void Screen::AwaitAnswer(std::chrono::milliseconds patience) {
+  const unsigned int question = xcb_get_input_focus(m_connection.get()).sequence;
+  xcb_flush(m_connection.get());
+  Await(patience, [&] {
+    void* answer = nullptr;
+    xcb_generic_error_t* error = nullptr;
+    const bool over = xcb_poll_for_reply(m_connection.get(), question, &answer, &error) != 0;
+    std::free(answer);
+    std::free(error);
+    return over || IsLost();
+  });
+}
+
+pid_t Screen::ServerProcess() const {
+  ucred server{};
+  socklen_t size = sizeof server;
+  return getsockopt(Descriptor(), SOL_SOCKET, SO_PEERCRED, &server, &size) == 0 ? server.pid : 0;
 }
 
 xcb_atom_t Screen::Atom(const std::string& name) {
@@ -115,6 +153,9 @@ bool Screen::AwaitWindowsAppear(std::chrono::milliseconds patience) {
 }
 
 Status Screen::EnsureRedirected() {
+  if (IsLost()) {
+    return Error{ENOTCONN, std::string("the X server on ") + kDisplay + " has gone"};
+  }
   const xcb_query_extension_reply_t* composite = xcb_get_extension_data(m_connection.get(), &xcb_composite_id);
   if (composite == nullptr || composite->present == 0) {
     return Error{ENOTSUP, std::string("the X server on ") + kDisplay +
@@ -131,6 +172,12 @@ Status Screen::EnsureRedirected() {
 }
 
 Result<Picture> Screen::Capture() {
+  const MallocPtr<xcb_get_geometry_reply_t> root(
+      xcb_get_geometry_reply(m_connection.get(), xcb_get_geometry(m_connection.get(), m_screen->root), nullptr));
+  if (root) {
+    m_screen->width_in_pixels = root->width;
+    m_screen->height_in_pixels = root->height;
+  }
   const auto cookie = xcb_get_image(m_connection.get(), XCB_IMAGE_FORMAT_Z_PIXMAP, m_screen->root, 0, 0,
                                     m_screen->width_in_pixels, m_screen->height_in_pixels, ~0u);
   const MallocPtr<xcb_get_image_reply_t> reply(xcb_get_image_reply(m_connection.get(), cookie, nullptr));

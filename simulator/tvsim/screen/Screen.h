@@ -24,6 +24,18 @@ class Screen {
   /// Errors: no X server answers on ":0".
   static Result<std::unique_ptr<Screen>> Connect();
 
+  /// A new connection in the place of one that is lost; what was set up has to be set up again. Errors: as `Connect`;
+  /// the lost one stays.
+  Status Reconnect();
+  /// Whether the server has closed the connection. Does not wait.
+  bool IsLost() const;
+  /// Waits for the server's answer to a question, the end of the connection, or the end of `patience`.
+  void AwaitAnswer(std::chrono::milliseconds patience);
+  /// Of the connection; polls as hung up once it is lost.
+  int Descriptor() const { return xcb_get_file_descriptor(m_connection.get()); }
+  /// The X server's process; 0 where that cannot be seen from here.
+  pid_t ServerProcess() const;
+
   int Width() const { return m_screen->width_in_pixels; }
   int Height() const { return m_screen->height_in_pixels; }
 
@@ -46,7 +58,8 @@ class Screen {
   /// Errors: the server lacks the Composite extension.
   Status EnsureRedirected();
 
-  /// What the screen shows now. Errors: the connection is lost, or the screen is not of 24 or 32 bits.
+  /// What the screen shows now, in the size that it has by now. Errors: the connection is lost, or the screen is not of
+  /// 24 or 32 bits.
   Result<Picture> Capture();
 
   /// What the screen shows once two captures in a row agree: a compositor paints some milliseconds after its clients.

@@ -4,6 +4,7 @@
 #include <glib-unix.h>
 
 #include <cerrno>
+#include <utility>
 
 #include "simulator/tvsim/screen/Jpeg.h"
 
@@ -22,9 +23,22 @@ Result<std::unique_ptr<ScreenWatch>> ScreenWatch::Start(Screen& screen, std::fun
 }
 
 ScreenWatch::~ScreenWatch() {
+  Disconnect();
+}
+
+void ScreenWatch::Disconnect() {
   if (m_source != 0) {
-    g_source_remove(m_source);
+    g_source_remove(std::exchange(m_source, 0u));
   }
+  m_pause.reset();
+  m_connection.reset();
+}
+
+Status ScreenWatch::Follow() {
+  Disconnect();
+  SIM_TRY(Connect());
+  m_on_change(++m_number);
+  return Ok();
 }
 
 /// A connection of its own: the session's is asked synchronously and its events are taken elsewhere.
@@ -48,12 +62,7 @@ Status ScreenWatch::Connect() {
   m_source = g_unix_fd_add(
       xcb_get_file_descriptor(connection), G_IO_IN,
       [](gint, GIOCondition, gpointer self) -> gboolean {
-        auto* watch = static_cast<ScreenWatch*>(self);
-        watch->OnReadable();
-        if (xcb_connection_has_error(watch->m_connection.get()) != 0) {
-          watch->m_source = 0;  // the X server has gone, and with it the session
-          return G_SOURCE_REMOVE;
-        }
+        static_cast<ScreenWatch*>(self)->OnReadable();
         return G_SOURCE_CONTINUE;
       },
       this);
@@ -67,6 +76,9 @@ void ScreenWatch::OnReadable() {
   }
   if (changed && !m_pause) {
     m_pause = std::make_unique<Timer>(kBetweenChanges, [this] { Report(); });
+  }
+  if (xcb_connection_has_error(m_connection.get()) != 0) {
+    (void)Follow();  // where the X server has gone, the session says when there is one again
   }
 }
 

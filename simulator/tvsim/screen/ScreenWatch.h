@@ -9,6 +9,7 @@
 #include <memory>
 #include <string>
 
+#include "simulator/base/CHandle.h"
 #include "simulator/base/Result.h"
 #include "simulator/tvsim/engine/Timer.h"
 #include "simulator/tvsim/screen/Screen.h"
@@ -16,7 +17,7 @@
 namespace sim::tvsim {
 
 /// Tells when the screen has changed, and gives it as a JPEG that is made at most once a change. A screen that stands
-/// costs nothing. Loop thread only.
+/// costs nothing. A connection that is cut is made again where the X server lives. Loop thread only.
 class ScreenWatch {
  public:
   /// `on_change` is called with a number that grows with every change, at most some thirty times a second.
@@ -26,6 +27,9 @@ class ScreenWatch {
   ScreenWatch(const ScreenWatch&) = delete;
   ScreenWatch& operator=(const ScreenWatch&) = delete;
 
+  /// There is another X server: the screen has changed, and is watched there from now on. Errors: as for `Start`.
+  Status Follow();
+
   /// The number of the newest change; 1 before the first.
   int64_t Number() const { return m_number; }
 
@@ -33,20 +37,17 @@ class ScreenWatch {
   Result<std::string> Jpeg(int64_t& number);
 
  private:
-  struct Disconnect {
-    void operator()(xcb_connection_t* connection) const { xcb_disconnect(connection); }
-  };
-
   ScreenWatch(Screen& screen, std::function<void(int64_t)> on_change)
       : m_screen(screen), m_on_change(std::move(on_change)) {}
 
   Status Connect();
+  void Disconnect();
   void OnReadable();
   void Report();
 
   Screen& m_screen;
   const std::function<void(int64_t)> m_on_change;
-  std::unique_ptr<xcb_connection_t, Disconnect> m_connection;
+  CHandle<xcb_connection_t, xcb_disconnect> m_connection;
   xcb_damage_damage_t m_damage = 0;
   uint8_t m_first_event = 0;
   unsigned int m_source = 0;

@@ -52,8 +52,10 @@ int RunJob(const SessionOptions& options, const Place& place, const std::string&
   signal(SIGPIPE, SIG_IGN);
   TelevisionOptions television_options;
   television_options.folder = folder;
-  television_options.own_display = place.own_display ? std::optional(options.size) : std::nullopt;
-  television_options.compositor = options.compositor;
+  television_options.display.own = place.own_display ? std::optional(options.size) : std::nullopt;
+  television_options.display.compositor = options.compositor;
+  television_options.display.folder = folder;
+  television_options.display.quick_restarts = options.quick_restarts;
   television_options.engine.program = options.engine;
   television_options.engine.log_file = options.engine_log.empty() ? EngineLogIn(folder) : options.engine_log;
   television_options.engine.answer_limit = std::chrono::milliseconds(options.answer_limit_ms);

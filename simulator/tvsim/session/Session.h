@@ -26,7 +26,7 @@ struct SessionOptions {
   std::string engine_log;  ///< a file; empty: one in the session's folder, which goes with it
   std::string record;      ///< a file for what happens, as a scenario; empty: none
   int answer_limit_ms = 30000;
-  int quick_restarts = 5;  ///< of the engine within a minute; the next ones wait
+  int quick_restarts = 5;  ///< of the engine, or the X server, within a minute; the next ones wait
   Application application;
 };
 

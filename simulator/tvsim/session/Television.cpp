@@ -3,21 +3,22 @@
 
 #include <glib-unix.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <filesystem>
+#include <utility>
 
 #include "simulator/base/Faults.h"
 #include "simulator/tvsim/Console.h"
+#include "simulator/tvsim/engine/CrashRecord.h"
 #include "simulator/tvsim/engine/LogTail.h"
 
 namespace sim::tvsim {
 namespace {
 
-constexpr Television::Patience kFirstWindow(
-    20000);  // a window manager comes up in a tenth of a second, under load later
 constexpr Television::Patience kCalmScreen(1000);
-constexpr size_t kLastLines = 8;
+constexpr size_t kLastLines = 8, kRecordedLines = 100;
 
 }  // namespace
 
@@ -55,32 +56,30 @@ void Television::Interrupt(const std::string& reason) {
 }
 
 Status Television::StartDisplay() {
-  if (m_options.own_display) {
-    Result<PrivateDisplay> display =
-        PrivateDisplay::Start(*m_options.own_display, m_options.compositor, m_options.folder);
-    if (!display) {
-      return display.error();
-    }
-    m_display = std::make_unique<PrivateDisplay>(std::move(*display));
-    m_sources.push_back(g_unix_fd_add(
-        m_display->EndDescriptor(), G_IO_IN,
-        [](gint, GIOCondition, gpointer self) -> gboolean {
-          static_cast<Television*>(self)->Interrupt("the X server has ended");
-          return G_SOURCE_CONTINUE;
-        },
-        this));
+  auto display = Display::Open(
+      m_options.display, {[this](const std::string& reason) { OnScreenLost(reason); }, [this] { OnScreenBack(); }});
+  if (!display) {
+    return display.error();
   }
-  auto screen = Screen::Connect();
-  if (!screen) {
-    return Error{screen.error().code, screen.error().reason + "; start one there, or use --headless"};
-  }
-  m_screen = std::move(*screen);
-  SIM_TRY(m_screen->EnsureRedirected());
-  if (!m_screen->AwaitWindowsAppear(kFirstWindow)) {
-    return Error{ETIMEDOUT,
-                 "a window made on \":0\" does not appear; the window manager there must map it without asking"};
-  }
+  m_display = std::move(*display);
   return Ok();
+}
+
+/// The engine's window has gone, and with it all that it shows; not every engine ends by itself. Its end is told before
+/// all wait for another X server.
+void Television::OnScreenLost(const std::string& reason) {
+  m_screen_was_lost = true;
+  Complain(reason + "; the engine follows it");
+  m_engine->Suspend(reason);
+  if (!m_engine->IsRunning()) {
+    m_display->ComeBack();
+  }
+}
+
+void Television::OnScreenBack() {
+  Complain("there is a screen again");
+  Tell(&Observer::on_new_screen);
+  m_engine->Resume();
 }
 
 std::string Television::FaultsFile() const {
@@ -96,10 +95,10 @@ Status Television::StartEngine() {
   setenv("OLM_FAULTS", FaultsFile().c_str(), 1);  // for the store here, and for the engine
   EngineOptions options = m_options.engine;
   options.environment.emplace_back("VCONF_SESSION", m_options.folder);
-  auto engine = Engine::Start(
-      std::move(options),
-      {[this](const EngineEvent& event) { OnEvent(event); },
-       [this](const ProcessEnd& end, bool restarted) { OnEngineExit(end, restarted); }, [this] { OnLateStart(); }});
+  auto engine = Engine::Start(std::move(options),
+                              {[this](const EngineEvent& event) { OnEvent(event); },
+                               [this](const ProcessEnd& end, bool restarted) { OnEngineExit(end, restarted); },
+                               [this] { OnLateStart(); }, [this] { return m_display->IsThere(); }});
   if (!engine) {
     return engine.error();
   }
@@ -121,14 +120,24 @@ void Television::OnEvent(const EngineEvent& event) {
 
 void Television::OnEngineExit(const ProcessEnd& end, bool restarted) {
   Complain("the engine has ended: " + end.Text() +
-           (restarted ? "; it is started again" : "; as it ends often, it is started again later"));
+           (restarted ? "; it is started again" : "; it is started again later"));
   for (const std::string& line : LastLines(m_engine->LogFile(), kLastLines)) {
     Complain("  " + line);
+  }
+  if (m_display->IsThere()) {
+    RecordCrash(end);  // without a screen an engine ends as it should
   }
   if (restarted) {
     OpenAgain();
   }
   Tell(&Observer::on_engine_exit, end, restarted);
+  m_display->ComeBack();
+}
+
+void Television::RecordCrash(const ProcessEnd& end) const {
+  const auto file = WriteCrashRecord(
+      {end.Text(), m_engine->InterruptedCall(), m_picture, LastLines(m_engine->LogFile(), kRecordedLines)});
+  Complain(file ? "  what is known of it: " + *file : file.error().reason);
 }
 
 void Television::OnLateStart() {
@@ -165,7 +174,18 @@ bool Television::PauseUntil(Patience patience, const std::function<bool()>& cond
   return holds;
 }
 
+bool Television::ScreenWasLost() {
+  m_display->IsThere();  // an engine that has lost it may tell so sooner than the main context
+  const bool was_lost = std::exchange(m_screen_was_lost, false);
+  if (was_lost) {
+    PauseUntil(m_options.engine.answer_limit, [this] { return m_engine->TakesCommands(); });
+  }
+  return was_lost;
+}
+
 rpc::Answer Television::Await(const std::function<void(rpc::Client::OnAnswer)>& send) {
+  // A screen is waited for, or a slide show would run through its pictures while there is none.
+  PauseUntil(m_options.engine.answer_limit, [this] { return m_engine->TakesCommands() || m_display->IsThere(); });
   auto answer = std::make_shared<std::optional<rpc::Answer>>();  // outlives this call when it is interrupted
   send([answer](const rpc::Answer& given) { *answer = given; });
   // The engine's own limit ends the call earlier.
@@ -177,6 +197,10 @@ void Television::SendCommand(const std::string& method, const std::string& comma
                              const std::vector<std::string>& params, rpc::Client::OnAnswer on_answer) {
   if (!params.empty() && (command == "InitPlayer" || command == "ChangePlayingURL" || command == "Play")) {
     m_picture = params[0];
+  }
+  if (std::ranges::none_of(m_observers, [](const Observer& observer) { return bool(observer.on_command); })) {
+    m_engine->Call(method, ParamsOf(command, params), std::move(on_answer));
+    return;
   }
   std::vector<std::string> words = {command};
   words.insert(words.end(), params.begin(), params.end());
@@ -251,13 +275,13 @@ Status Television::SetState(const std::string& state) {
 }
 
 Status Television::TakeScreenshot(const std::string& file) {
-  const Result<Picture> picture = m_screen->CaptureWhenCalm(kCalmScreen, [this](Patience time) { Pause(time); });
+  const Result<Picture> picture = GetScreen().CaptureWhenCalm(kCalmScreen, [this](Patience time) { Pause(time); });
   return picture ? WritePng(*picture, file) : Status(picture.error());
 }
 
 std::string Television::Describe() const {
-  return "screen " + std::to_string(m_screen->Width()) + "x" + std::to_string(m_screen->Height()) +
-         (m_display ? " of its own" : " on :0");
+  return "screen " + std::to_string(m_display->GetScreen().Width()) + "x" +
+         std::to_string(m_display->GetScreen().Height()) + (m_display->IsOwn() ? " of its own" : " on :0");
 }
 
 }  // namespace sim::tvsim

@@ -12,8 +12,7 @@
 
 #include "simulator/tvsim/engine/Engine.h"
 #include "simulator/tvsim/engine/Wire.h"
-#include "simulator/tvsim/screen/Screen.h"
-#include "simulator/tvsim/session/PrivateDisplay.h"
+#include "simulator/tvsim/session/Display.h"
 #include "simulator/vconf/include/Store.h"
 
 namespace sim::tvsim {
@@ -27,15 +26,15 @@ struct SessionEvent {
 };
 
 struct TelevisionOptions {
-  std::string folder;                     ///< of the session, see RuntimeFolder
-  std::optional<ScreenSize> own_display;  ///< make a screen of this size; without it the one on ":0" is used
-  bool compositor = false;                ///< on that screen, run a compositor too
+  std::string folder;  ///< of the session, see RuntimeFolder
+  DisplayOptions display;
   EngineOptions engine;
 };
 
 /// A television that is switched on: screen, key store and engine, and the calls with which an application drives it.
+/// When the X server goes, so does the engine; both are there again as soon as it is.
 /// The waiting calls run the default main context meanwhile; they end early, with an error, when the session is
-/// interrupted (SIGINT, SIGTERM, SIGHUP) or the X server goes. Loop thread only.
+/// interrupted (SIGINT, SIGTERM, SIGHUP). Loop thread only.
 class Television {
  public:
   using Patience = std::chrono::milliseconds;
@@ -81,9 +80,12 @@ class Television {
   /// happened on the main context.
   bool PauseUntil(Patience patience, const std::function<bool()>& condition);
 
+  /// Whether the screen was lost since this was last asked; where it was, waits for the engine on the next one.
+  bool ScreenWasLost();
+
   /// What the screen shows, as a PNG.
   Status TakeScreenshot(const std::string& file);
-  Screen& GetScreen() { return *m_screen; }
+  Screen& GetScreen() { return m_display->GetScreen(); }
 
   /// Why the session is over before its work is; empty while it is not.
   const std::string& Interruption() const { return m_interruption; }
@@ -102,6 +104,7 @@ class Television {
     std::function<void(const SessionEvent&)> on_event;
     std::function<void(const ProcessEnd&, bool restarted)> on_engine_exit;
     std::function<void()> on_late_start;  ///< of an engine that was not restarted at once
+    std::function<void()> on_new_screen;  ///< the X server is another one
     /// `words`: the command and its texts. Before the answer reaches who asked.
     std::function<void(const std::string& method, const std::vector<std::string>& words, const rpc::Answer&)>
         on_command;
@@ -116,8 +119,11 @@ class Television {
   Status StartEngine();
   void WatchSignals();
   void Interrupt(const std::string& reason);
+  void OnScreenLost(const std::string& reason);
+  void OnScreenBack();
   void OnEvent(const EngineEvent& event);
   void OnEngineExit(const ProcessEnd& end, bool restarted);
+  void RecordCrash(const ProcessEnd& end) const;
   void OnLateStart();
   std::string FaultsFile() const;
   void OpenAgain();
@@ -136,8 +142,8 @@ class Television {
   rpc::Answer Await(const std::function<void(rpc::Client::OnAnswer)>& send);
 
   const TelevisionOptions m_options;
-  std::unique_ptr<PrivateDisplay> m_display;
-  std::unique_ptr<Screen> m_screen;
+  std::unique_ptr<Display> m_display;
+  bool m_screen_was_lost = false;
   std::unique_ptr<vconf::Store> m_store;
   std::unique_ptr<Engine> m_engine;
   std::optional<Application> m_application;

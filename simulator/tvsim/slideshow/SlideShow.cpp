@@ -20,6 +20,10 @@ using Failure = std::optional<std::string>;
 /// A path of 500 bytes or more ends the engine: it is a detected overflow of its buffer.
 constexpr size_t kLongestPath = 499;
 
+/// So many pictures in a row that cannot be shown may be the window's fault, which somebody has destroyed: the show
+/// begins with another one.
+constexpr int kFailuresOfAWindow = 2;
+
 /// What the engine's library enlarges to.
 constexpr int kLargestZoom = 16;
 
@@ -96,7 +100,11 @@ bool SlideShow::IsOver() const {
 bool SlideShow::Present(size_t index) {
   const auto start = Clock::now();
   PictureReport report{index + 1, m_options.pictures.size(), m_options.pictures[index]};
+  m_television.ScreenWasLost();
   report.failure = Show(report.path);
+  if (report.failure && m_television.ScreenWasLost()) {
+    report.failure = Show(report.path);  // it was not the picture's fault
+  }
   m_stands = !report.failure;
   if (m_keys && m_keys->Has(Key::kQuit)) {
     return true;
@@ -210,18 +218,21 @@ Failure SlideShow::Show(const std::string& picture) {
   if (Failure failure = Load(picture)) {
     return failure;
   }
+  ++m_failures;  // until it stands
   m_television.ForgetEvents();
   const int transitions = m_frames ? m_frames->Totals().transitions : 0;
   if (m_frames) {
     m_frames->ForgetFailures();
   }
-  if (Failure failure = Start()) {
-    return failure;
+  Failure failure = Start();
+  if (!failure) {
+    failure = AwaitShown();
   }
-  if (Failure failure = AwaitShown()) {
-    return failure;
+  if (!failure && !m_loaded) {
+    failure = TransitionsFailure(picture, transitions);
   }
-  return m_loaded ? std::nullopt : TransitionsFailure(picture, transitions);
+  m_failures = failure ? m_failures : 0;
+  return failure;
 }
 
 /// A transition that fails is followed by the events of one that succeeds; the library's log knows better.
@@ -230,10 +241,21 @@ Failure SlideShow::TransitionsFailure(const std::string& picture, int transition
   return may_have_failed ? m_frames->FailureOf(picture) : std::nullopt;
 }
 
+/// Since the picture was loaded: its event comes no more.
+bool SlideShow::EngineHasEnded() const {
+  const Engine& engine = m_television.GetEngine();
+  return !engine.IsRunning() || engine.Restarts() != m_restarts;
+}
+
 Failure SlideShow::Load(const std::string& picture) {
   if (const int restarts = m_television.GetEngine().Restarts(); restarts != m_restarts) {
     m_restarts = restarts;
     m_initialised = m_placed = m_shown = m_loaded = false;
+  }
+  if (m_initialised && m_failures >= kFailuresOfAWindow) {
+    m_television.Execute("Stop", {});
+    m_initialised = m_placed = m_shown = m_loaded = false;
+    m_failures = 0;
   }
   const std::string command = m_initialised ? "ChangePlayingURL" : "InitPlayer";
   const rpc::Answer answer = m_television.Execute(command, {picture});
@@ -287,10 +309,13 @@ Failure SlideShow::AwaitShown() {
   for (;;) {
     const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now());
     m_television.PauseUntil(std::max(left, std::chrono::milliseconds(0)),
-                            [this] { return m_television.HasEvent() || IsOver(); });
+                            [this] { return m_television.HasEvent() || IsOver() || EngineHasEnded(); });
     const auto event = m_television.TakeEvent(std::chrono::milliseconds(0));
     if (!event && m_keys && m_keys->Has(Key::kQuit)) {
       return "it is not waited for";
+    }
+    if (!event && EngineHasEnded()) {
+      return "the engine has ended";
     }
     if (!event) {
       return m_television.Interruption().empty()

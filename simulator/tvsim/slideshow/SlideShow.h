@@ -45,6 +45,7 @@ class SlideShow {
   std::optional<std::string> Load(const std::string& picture);
   std::optional<std::string> Start();
   std::optional<std::string> AwaitShown();
+  bool EngineHasEnded() const;
   std::optional<std::string> TransitionsFailure(const std::string& picture, int transitions_before);
   std::optional<std::string> ResolveEffect();
   bool Present(size_t index);
@@ -64,6 +65,7 @@ class SlideShow {
   std::unique_ptr<FrameLog> m_frames;  ///< null where the log cannot be followed
   std::optional<Keys> m_keys;
   bool m_stands = false;  ///< the last picture was shown
+  int m_failures = 0;     ///< pictures in a row that were not
   bool m_paused = false;
   int m_rotation = 0;          ///< of the picture that stands, degrees
   int m_zoom = 1;              ///< likewise
