@@ -35,20 +35,20 @@ TEST_F(GivenLongPath, PlayStores499CharactersWhole) {
   ExpectStored(path);
 }
 
-using GivenLongPathDeathTest = GivenLongPath;
+class GivenLongPathDeathTest : public GivenLongPath {
+ protected:
+  GivenLongPathDeathTest() { GTEST_FLAG_SET(death_test_style, DEATH_TEST_STYLE); }
+};
 
 TEST_F(GivenLongPathDeathTest, InitPlayerEndsTheProcessAt500) {
-  GTEST_FLAG_SET(death_test_style, "threadsafe");
   EXPECT_EXIT(adapter->InitPlayer(PathOf(500).c_str()), testing::KilledBySignal(SIGABRT), "buffer overflow detected");
 }
 
 TEST_F(GivenLongPathDeathTest, InitPlayerEndsTheProcessFarAbove500) {
-  GTEST_FLAG_SET(death_test_style, "threadsafe");
   EXPECT_EXIT(adapter->InitPlayer(PathOf(5000).c_str()), testing::KilledBySignal(SIGABRT), "buffer overflow detected");
 }
 
 TEST_F(GivenLongPathDeathTest, PlayEndsTheProcessAt500AndCountsThePrefix) {
-  GTEST_FLAG_SET(death_test_style, "threadsafe");
   const std::string path = "file://" + PathOf(493);
   EXPECT_EXIT(adapter->Play(path.c_str(), 0), testing::KilledBySignal(SIGABRT), "buffer overflow detected");
 }

@@ -21,10 +21,8 @@ struct Census {
   int shared_mappings = 0;  ///< of shared memory, each mapping once
   int x_resources = 0;      ///< of every client of the X server
 
-  /// All the same, but for the descriptors of one picture: a decoded one that comes from the cache holds fewer than one
-  /// that was decoded for the showing.
+  /// All the same, but for the memory.
   bool HoldsTheSameAs(const Census& other) const;
-  static constexpr int kDescriptorsOfAPicture = 2;
   std::string Text() const;
 };
 

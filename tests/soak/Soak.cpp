@@ -176,7 +176,8 @@ class Soak {
   /// `step` is called with 0 to `count`; the census is taken after every `count / kSamples` steps, from the first. What
   /// it is compared with is the first one after the warm-up: a thread that was never needed before is started then.
   /// `settle` brings the same onto the screen before each of them.
-  void Run(const char* name, int count, const std::function<void(int)>& step, const std::function<void()>& settle = {}) {
+  void Run(const char* name, int count, const std::function<void(int)>& step,
+           const std::function<void()>& settle = {}) {
     const int every = std::max(count / kSamples, 1);
     const int warm_at = count / kWarmUpPart / every * every;
     std::vector<double> steps, bytes;

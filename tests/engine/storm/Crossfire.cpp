@@ -5,6 +5,7 @@
 #include <memory>
 #include <vector>
 
+#include "tests/engine/storm/Commands.h"
 #include "tests/engine/storm/Keys.h"
 #include "tests/engine/storm/Storm.h"
 #include "tests/kit/Journal.h"
@@ -16,44 +17,6 @@ namespace {
 
 constexpr size_t kCommandThreads = 8;
 constexpr size_t kOperationsOfAnEngine = 400;
-
-struct Command {
-  const char* name;
-  std::array<const char*, 4> params;
-};
-
-constexpr std::array<Command, 30> kCommands = {{
-    {"InitPlayer", {"/pictures/a.jpg", "", "", ""}},
-    {"InitPlayer", {"file:///pictures/b.jpg", "", "", ""}},
-    {"InitPlayer", {"", "", "", ""}},
-    {"StartPlayback", {"", "", "", ""}},
-    {"StartPlayback", {"", "", "", ""}},
-    {"Play", {"/pictures/c.jpg", "", "", ""}},
-    {"Stop", {"", "", "", ""}},
-    {"Stop", {"", "", "", ""}},
-    {"SetDisplayArea", {"0", "0", "16", "9"}},
-    {"SetDisplayArea", {"1", "2", "8", "5"}},
-    {"ChangePlayingURL", {"/pictures/d.jpg", "", "", ""}},
-    {"ChangePlayingURL", {"/pictures/e.jpg", "", "", ""}},
-    {"GetPictureSize", {"", "", "", ""}},
-    {"GetPictureType", {"", "", "", ""}},
-    {"SetZoomMove", {"2", "", "", ""}},
-    {"AddEventCallback", {"1", "", "", ""}},
-    {"EffectShow", {"3", "", "", ""}},
-    {"EffectShow", {"36", "", "", ""}},
-    {"GetThumbnail", {"", "", "", ""}},
-    {"SetRotation", {"90", "", "", ""}},
-    {"SetZoomRatio", {"4", "", "", ""}},
-    {"GetZoomRatio", {"", "", "", ""}},
-    {"IsTransitionEffectAvailable", {"", "", "", ""}},
-    {"GetTransitionEffectList", {"", "", "", ""}},
-    {"ClearScreenForImage", {"", "", "", ""}},
-    {"SetTransitionEffect", {"-2", "", "", ""}},
-    {"SetSlideShowStatus", {"1", "", "", ""}},
-    {"GetVideoResolution", {"", "", "", ""}},
-    {"SetDisplayLock", {"1", "", "", ""}},
-    {"SetPlayerProperty", {"2", "name", "1", ""}},
-}};
 
 /// Whether the adapter of the present engine is known to be gone.
 std::atomic<bool> g_adapterGone{true};
@@ -93,7 +56,7 @@ std::atomic<size_t> g_commands{0};  ///< that the present engine has had
 void SendCommands(olm::CEmpEnginePicture& engine, size_t count, unsigned int seed, Watchdog& watchdog) {
   Random random(seed);
   for (size_t i = 0; i < count; ++i) {
-    const Command& command = kCommands[Pick(random, kCommands.size())];
+    const Command& command = PickCommand(random);
     const auto& params = command.params;
     const std::string result = Send(engine, command.name, params[0], params[1], params[2], params[3]);
     Check(!result.empty(), std::string(command.name) + " writes no result");
