@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 /// cage_bench [-r ROUNDS] FILE...: what a process of its own costs a picture. Each is opened and drawn for a window of
-/// 1920 x 1080 in this process and in the cage, by turns; the medians, the least of each, and the bar: 3 % and 1 ms
-/// more at most. Exit status: 1 when a picture is over the bar or fails.
+/// 1920 x 1080 in this process and in the cage, by turns; the medians, the least of each, and the bar: 3 % or 1 ms more
+/// at most, whichever is more, in the median of the pairs. Exit status: 1 when a picture is over the bar or fails.
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -21,7 +21,7 @@ namespace {
 
 constexpr Size kWindow{1920, 1080};
 constexpr double kMoreMilliseconds = 1;
-constexpr double kMoreTimes = 1.03;
+constexpr double kMorePart = 0.03;
 
 using Opener = std::function<Result<std::unique_ptr<FrameStream>>(PictureFilePtr, CancelFlag)>;
 
@@ -54,8 +54,8 @@ bool Compare(const char* path, int rounds) {
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
   }
   const bool fails = local.front() < 0 || caged.front() < 0;
-  const double most = std::max(Median(local) * kMoreTimes, Median(local) + kMoreMilliseconds);
-  const bool good = !fails && Median(caged) <= most;
+  // Of the pairs' differences: what the machine does meanwhile meets both of a pair.
+  const bool good = !fails && Median(more) <= std::max(Median(local) * kMorePart, kMoreMilliseconds);
   std::printf("%-8s median %8.2f ms, caged %8.2f ms (%+.2f)  least %8.2f, %8.2f  %s\n",
               fails  ? "FAILS"
               : good ? "ok"

@@ -24,10 +24,16 @@ add_executable(stop_delay pictures/stop_delay.cpp)
 target_link_libraries(stop_delay PRIVATE lumaview_picture)
 
 add_custom_target(pictures_bench DEPENDS decode_floor put_floor screen_watch bare_start stop_delay)
+
+# Programs of the tests, which are not there where tests are not built.
 if(BENCH_JXL_FOUND AND NOT TARGET ppm-to-jxl)
   add_executable(ppm-to-jxl ${PROJECT_SOURCE_DIR}/tests/lumaview/ppm-to-jxl.cpp)
   target_link_libraries(ppm-to-jxl PRIVATE project_options PkgConfig::BENCH_JXL)
 endif()
 if(TARGET ppm-to-jxl)
   add_dependencies(pictures_bench ppm-to-jxl)
+endif()
+if(NOT TARGET picture-outcome)
+  add_executable(picture-outcome ${PROJECT_SOURCE_DIR}/tests/lumaview/picture-outcome.cpp)
+  target_link_libraries(picture-outcome PRIVATE lumaview_picture)
 endif()

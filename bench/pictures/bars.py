@@ -23,9 +23,9 @@ class Bars:
         if found:
             self.failures.append(f"{what}: {', '.join(found)}")
 
-    def summary(self):
+    def summary(self, subject):
         """The failures a line each and the summary; the exit status."""
         for failure in self.failures:
             print(f"FAILED {failure}")
-        print(f"pictures: {self.checked - len(self.failures)} of {self.checked} bars hold")
+        print(f"{subject}: {self.checked - len(self.failures)} of {self.checked} bars hold")
         return 1 if self.failures else 0
