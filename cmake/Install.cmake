@@ -47,6 +47,17 @@ if(SCDOC)
   add_custom_target(manual ALL DEPENDS ${pages})
 endif()
 
+# Kept as `tvsim help bash` and `tvsim help zsh` make them, because a tvsim for another processor does not run here.
+install(FILES data/completion/tvsim DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
+# zsh looks there for what packages bring, and elsewhere for what an administrator installs.
+if(CMAKE_INSTALL_PREFIX STREQUAL "/usr")
+  set(zsh_folder vendor-completions)
+else()
+  set(zsh_folder site-functions)
+endif()
+install(FILES data/completion/_tvsim DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/${zsh_folder})
+
+install(FILES data/tvsim.service DESTINATION lib/systemd/system)
 install(FILES data/tvsim.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
 install(FILES data/tvsim.svg DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps)
 # tvsim has the page built in; these are for whoever writes an application of his own.
