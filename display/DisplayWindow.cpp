@@ -21,6 +21,15 @@ namespace {
 constexpr int kImageDepth = 24;
 constexpr int kImagePad = 32;
 
+/// Each change of size uncovers the window, and nobody reads what the server says of it, so that Xlib would keep it all.
+/// One event stays: a window that is made on this connection later waits for its first event, and has always found it.
+void DropEvents(Display* display) {
+  XEvent event;
+  while (XEventsQueued(display, QueuedAlready) > 1) {
+    XNextEvent(display, &event);
+  }
+}
+
 }  // namespace
 
 Window CPictureAdapter::StaticGetWindow(const Operation& op) {
@@ -124,6 +133,7 @@ int CPictureAdapter::ResizeWindow(int x, int y, int width, int height) {
                 static_cast<unsigned int>(height));
     }
     XSync(m_pDisplay, False);
+    DropEvents(m_pDisplay);
   }
   LOG_BLUE(op, "ResizeWindow end\n");
   return 1;

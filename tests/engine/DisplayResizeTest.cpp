@@ -98,6 +98,15 @@ TEST_F(GivenPaintedWindow, ResizeWindowReplacesTheImage) {
   EXPECT_EQ(adapter->m_pImage->width, 640);
 }
 
+TEST_F(GivenPaintedWindow, ResizeWindowLeavesOneEventOfThoseThatNobodyReads) {
+  kit::world().eventsQueued = 3;
+
+  EXPECT_EQ(ResizeWindow(*adapter), 1);
+
+  ExpectPath("three events");
+  EXPECT_EQ(kit::world().eventsQueued, 1);
+}
+
 TEST_F(GivenPaintedWindow, NoImageTakesTheOldOnesPlace) {
   FailNext("XCreateImage");
 

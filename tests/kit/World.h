@@ -19,6 +19,7 @@ struct World {
   int defaultScreen = 0;  ///< of two; both are of the size above
   unsigned int focusedWindow = 0x600001;
   int firstEvent = Expose;  ///< type of every event that XNextEvent brings
+  int eventsQueued = 0;     ///< that have come already; XNextEvent takes one of them
   int pictureWidth = 640;
   int pictureHeight = 480;
   int pictureType = 0;
