@@ -96,7 +96,7 @@ std::string Player::ReadMessage() {
     if (poll(&channel, 1, kPatienceMs) <= 0) throw std::runtime_error("the engine has said nothing for a minute");
     char bytes[4096];
     const ssize_t count = read(m_channel.Get(), bytes, sizeof bytes);
-    if (count <= 0) throw std::runtime_error("the engine has gone");
+    if (count <= 0) throw std::runtime_error("the engine has ended with " + std::to_string(End()));
     m_received.append(bytes, static_cast<size_t>(count));
   }
   const json message = json::parse(m_received.substr(0, end));

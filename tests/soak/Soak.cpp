@@ -46,7 +46,7 @@ constexpr std::chrono::milliseconds kLookAgain(10);
 constexpr int kQuietLooks = 5;
 constexpr std::chrono::seconds kPatience(5);
 
-/// A folder that goes when the soak does.
+/// A folder that goes when the soak does; after an exception it stays, for what stands in the engine's log.
 class Folder {
  public:
   Folder() {
@@ -54,7 +54,13 @@ class Folder {
     if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no temporary folder");
     m_path = name;
   }
-  ~Folder() { fs::remove_all(m_path); }
+  ~Folder() {
+    if (std::uncaught_exceptions() > 0) {
+      std::printf("the engine's log: %s\n", (m_path / "log").c_str());
+    } else {
+      fs::remove_all(m_path);
+    }
+  }
   Folder(const Folder&) = delete;
   Folder& operator=(const Folder&) = delete;
   const fs::path& Path() const { return m_path; }

@@ -45,6 +45,9 @@ describe('an application', () => {
     assert.equal(await emp.executeWithParamList('SetDisplayArea', [0, 0, 480, 270, 540]), 1);
     await emp.setState('pause');
     await emp.setState('resume');
+    // Shown anew, which is reported: the next test would hear it.
+    await until('the resumed picture', () => heard.length === 4);
+    assert.deepEqual(heard.slice(2), [10, 8]);
     await emp.close();
     assert.equal(emp.state, 'closed');
   });
