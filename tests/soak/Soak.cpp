@@ -159,6 +159,7 @@ class Soak {
     if (slide % kPlayerEvery == 0) {
       m_player.Do("Stop");
       m_player.Do("InitPlayer", {PictureOf(slide)});
+      MakeWindowSmall();
     } else {
       m_player.Do("ChangePlayingURL", {PictureOf(slide)});
     }
@@ -168,8 +169,14 @@ class Soak {
       return;
     }
     Show();
-    if (slide % kPauseEvery == 0) PauseAndResume();
+    if (slide % kPauseEvery == 0) {
+      PauseAndResume();
+      MakeWindowSmall();
+    }
   }
+
+  /// Most of a slide's time are its pixels, and of those a few show what many would.
+  void MakeWindowSmall() { m_player.Do("SetDisplayArea", {"0", "0", "640", "360"}); }
 
   /// The resumed picture is shown anew, which is reported.
   void PauseAndResume() {
