@@ -175,7 +175,7 @@ class Soak {
     }
   }
 
-  /// Most of a slide's time are its pixels, and of those a few show what many would.
+  /// A slide costs its pixels above all; few of them grow as many would.
   void MakeWindowSmall() { m_player.Do("SetDisplayArea", {"0", "0", "640", "360"}); }
 
   /// The resumed picture is shown anew, which is reported.
