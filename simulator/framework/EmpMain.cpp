@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <malloc.h>
+
 #include <atomic>
 #include <csignal>
 #include <cstdlib>
@@ -10,6 +12,10 @@
 
 namespace olm {
 namespace {
+
+/// Of this size on, memory is the system's again when it is freed. The C library raises the limit to the largest block
+/// that was freed, and then the images of windows of many sizes leave holes in a heap that never gets smaller.
+constexpr int kOwnMapping = 128 << 10;
 
 std::atomic<bool> s_is_running{false};
 
@@ -23,6 +29,7 @@ void TellEarlyExit() {
 }  // namespace
 
 int EmpMain(int /*argc*/, char** /*argv*/, CEmpAppBase* app) {
+  mallopt(M_MMAP_THRESHOLD, kOwnMapping);
   // Without it ecore, when the engine first asks for the focused window, loads modules that fill the log.
   setenv("ECORE_NO_SYSTEM_MODULES", "1", 1);
   // An application that is gone is seen at the write that fails.

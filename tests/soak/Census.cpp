@@ -92,8 +92,10 @@ class Server {
   xcb_connection_t* const m_connection;
 };
 
-/// "socket:[1234]" is "socket:[]".
+/// "socket:[1234]" is "socket:[]". A full log is put away as "log.1", by each who writes it in its own time.
 std::string KindOf(std::string target) {
+  if (const size_t put_away = target.find("/log.1"); put_away != std::string::npos)
+    return target.substr(0, put_away) + "/log";
   std::erase_if(target, [](char c) { return c >= '0' && c <= '9'; });
   return target;
 }

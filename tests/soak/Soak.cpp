@@ -88,9 +88,12 @@ class Soak {
 
   void Slides(int count) {
     const auto slide = [this](int number) { Slide(number); };
+    // Twice: the first may have been decoded for the size that the window had before, and once more for the one it has.
     const auto settle = [this] {
-      m_player.Do("ChangePlayingURL", {m_pictures.front()});
-      Show();
+      for (int times = 0; times < 2; ++times) {
+        m_player.Do("ChangePlayingURL", {m_pictures.front()});
+        Show();
+      }
     };
     Run("slides", count, slide, settle);
   }
