@@ -2,5 +2,5 @@
 #include "fuzz/fuzz_picture.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  return DrawPicture("JPEG", data, size);
+  return DrawPictureTwice("JPEG", data, size);
 }

@@ -5,7 +5,9 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "simulator/base/UniqueFd.h"
@@ -19,7 +21,17 @@ namespace {
 
 /// Small enough that a run takes milliseconds, large enough that every kind of scaling happens.
 constexpr Size kWindow{61, 47};
-constexpr Limits kLimits{.pixels = 1 << 20, .whole_pixels = 1 << 20, .side = 1 << 16, .coefficient_bytes = 1 << 16};
+constexpr Limits kLimits{.pixels = 1 << 20,
+                         .whole_pixels = 1 << 20,
+                         .side = 1 << 16,
+                         .coefficient_bytes = 1 << 16,
+                         .jpeg_thread_bytes = UINT64_MAX};
+constexpr Limits kThreadedLimits{.pixels = kLimits.pixels,
+                                 .whole_pixels = kLimits.whole_pixels,
+                                 .side = kLimits.side,
+                                 .coefficient_bytes = kLimits.coefficient_bytes,
+                                 .jpeg_thread_bytes = 0,
+                                 .jpeg_thread_pixels = UINT64_MAX};
 constexpr int kMostFrames = 3;
 
 bool BeginsAs(std::string_view name, Bytes bytes) {
@@ -38,30 +50,61 @@ View ChooseView(size_t size) {
   return view;
 }
 
-}  // namespace
+/// What came of a picture; pixels of a frame that failed do not count.
+struct Drawn {
+  std::vector<Error> errors;
+  std::vector<uint32_t> pixels;
+  bool operator==(const Drawn& other) const {
+    const auto same = [](const Error& a, const Error& b) { return a.code == b.code && a.reason == b.reason; };
+    return std::equal(errors.begin(), errors.end(), other.errors.begin(), other.errors.end(), same) &&
+           (!errors.empty() || pixels == other.pixels);
+  }
+};
 
-int DrawPicture(const char* format, const uint8_t* data, size_t size) {
-  if (!BeginsAs(format, {data, size})) {
-    return -1;
-  }
-  const UniqueFd file(memfd_create("picture", MFD_CLOEXEC));
-  if (write(file.Get(), data, size) != static_cast<ssize_t>(size)) {
-    return -1;
-  }
+Drawn Draw(int file, size_t size, const Limits& limits) {
   const std::atomic<bool> cancelled{false};
-  Source source(file.Get(), kLimits, cancelled);
+  Source source(file, limits, cancelled);
   Result<std::unique_ptr<Decoder>> decoder = OpenPicture(source);
   if (!decoder) {
-    return 0;
+    return {{decoder.error()}, {}};
   }
-  std::vector<uint32_t> pixels(static_cast<size_t>(kWindow.width * kWindow.height));
-  const ImageView window{pixels.data(), kWindow.width, kWindow.height, kWindow.width};
+  Drawn drawn{{}, std::vector<uint32_t>(static_cast<size_t>(kWindow.width * kWindow.height))};
+  const ImageView window{drawn.pixels.data(), kWindow.width, kWindow.height, kWindow.width};
   const int frames = std::min((*decoder)->GetInfo().frames + 1, kMostFrames);
   for (int i = 0; i < frames; ++i) {
-    if (!RenderFrame(**decoder, ChooseView(size), window)) {
+    if (const Status status = RenderFrame(**decoder, ChooseView(size), window); !status) {
+      drawn.errors.push_back(status.error());
       break;
     }
   }
   (*decoder)->GetExifThumbnail();
+  return drawn;
+}
+
+/// Empty where the bytes are of no use.
+UniqueFd MakeFile(const char* format, const uint8_t* data, size_t size) {
+  UniqueFd file(BeginsAs(format, {data, size}) ? memfd_create("picture", MFD_CLOEXEC) : -1);
+  return file && write(file.Get(), data, size) == static_cast<ssize_t>(size) ? std::move(file) : UniqueFd();
+}
+
+}  // namespace
+
+int DrawPicture(const char* format, const uint8_t* data, size_t size) {
+  const UniqueFd file = MakeFile(format, data, size);
+  if (!file) {
+    return -1;
+  }
+  Draw(file.Get(), size, kLimits);
+  return 0;
+}
+
+int DrawPictureTwice(const char* format, const uint8_t* data, size_t size) {
+  const UniqueFd file = MakeFile(format, data, size);
+  if (!file) {
+    return -1;
+  }
+  if (!(Draw(file.Get(), size, kLimits) == Draw(file.Get(), size, kThreadedLimits))) {
+    std::abort();
+  }
   return 0;
 }

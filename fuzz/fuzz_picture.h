@@ -10,4 +10,7 @@
 /// What LLVMFuzzerTestOneInput returns: -1 = of no use to this target.
 int DrawPicture(const char* format, const uint8_t* data, size_t size);
 
+/// The same, by one thread and by two where the format has a second one; stops the process when they disagree.
+int DrawPictureTwice(const char* format, const uint8_t* data, size_t size);
+
 #endif

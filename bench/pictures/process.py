@@ -11,11 +11,18 @@ SHARED_MEMORY = ("/memfd:", "/SYSV", "/dev/shm/")
 CPU_CLOCK_OF_PROCESS = 2  # the kernel's CPUCLOCK_SCHED
 
 
+def _children(pid):
+    try:
+        return list(Path(f"/proc/{pid}/task").glob("*/children"))
+    except OSError:
+        return []  # the process is gone
+
+
 def family(pid):
     """The process and its descendants, as far as they are still there."""
     found = [pid]
     for parent in found:
-        for children in Path(f"/proc/{parent}/task").glob("*/children"):
+        for children in _children(parent):
             try:
                 found += map(int, children.read_text().split())
             except OSError:

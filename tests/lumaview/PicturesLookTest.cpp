@@ -100,5 +100,28 @@ TEST(GivenTestCards, EveryOrientationIsUpright) {
   std::printf("%zu test cards\n", paths.size());
 }
 
+/// Large ones have a second thread that reads their coefficients; here all have one.
+TEST(GivenJpegsOfTheSet, ASecondThreadChangesNothing) {
+  constexpr Size kWindow{640, 360};
+  constexpr Limits kOneThread{.jpeg_thread_bytes = UINT64_MAX};
+  constexpr Limits kTwoThreads{.jpeg_thread_bytes = 0, .jpeg_thread_pixels = UINT64_MAX};
+  int shown = 0;
+  int refused = 0;
+  for (const ListedPicture& picture : ReadManifest(PicturesFolder(), "jpeg")) {
+    if (picture.expect == "bomb") {
+      continue;
+    }
+    const std::string path = PicturesFolder() + "/" + picture.path;
+    const Outcome one = Show(path, kWindow, {}, kOneThread);
+    const Outcome two = Show(path, kWindow, {}, kTwoThreads);
+    ASSERT_EQ(one.error.has_value(), two.error.has_value()) << path;
+    EXPECT_TRUE(one.window.pixels == two.window.pixels) << path;
+    EXPECT_EQ(one.error ? one.error->reason : "", two.error ? two.error->reason : "") << path;
+    ++(one.error ? refused : shown);
+  }
+  EXPECT_GT(shown, 0);
+  std::printf("%d shown, %d refused\n", shown, refused);
+}
+
 }  // namespace
 }  // namespace sim::lumaview::test

@@ -3,10 +3,13 @@
 add_executable(picture-outcome picture-outcome.cpp)
 target_link_libraries(picture-outcome PRIVATE lumaview_picture)
 
+set(decode ${PROJECT_SOURCE_DIR}/simulator/lumaview/decode)
+pkg_check_modules(TEST_JPEG REQUIRED IMPORTED_TARGET libjpeg)
 add_executable(lumaview_render_test
-  ${PROJECT_SOURCE_DIR}/simulator/lumaview/decode/AvifLoops.cpp
+  ${decode}/AvifLoops.cpp ${decode}/HuffmanTable.cpp ${decode}/JpegCoefficients.cpp ${decode}/JpegScan.cpp
+  ${decode}/JpegScanAhead.cpp ${decode}/JpegSession.cpp JpegThreadTest.cpp
   AvifLoopsTest.cpp InterruptedTest.cpp OddFiles.cpp OddFilesTest.cpp TestPictures.cpp RenderGeometryTest.cpp RenderPsnrTest.cpp RenderScaleTest.cpp)
-target_link_libraries(lumaview_render_test PRIVATE lumaview_image GTest::gtest_main)
+target_link_libraries(lumaview_render_test PRIVATE lumaview_image PkgConfig::TEST_JPEG GTest::gtest_main)
 gtest_discover_tests(lumaview_render_test)
 
 # Pictures to be shown: those in PICTURES_DIR when the tests run, else a small set made here.

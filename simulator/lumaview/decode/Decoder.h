@@ -113,6 +113,7 @@ struct FrameFormat {
   Size size;  ///< of the rows delivered: the stored size, or smaller where the decoder scaled
   PixelLayout layout = PixelLayout::kBgrx;
   std::span<const uint8_t> icc;  ///< embedded profile, valid during the decode; empty = sRGB
+  unsigned int threads = 1;      ///< that decode at the same time
 };
 
 /// Receives one frame. All calls come on the decoding thread.

@@ -4,6 +4,7 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <utility>
 
@@ -84,6 +85,13 @@ jvirt_barray_ptr JpegCoefficients::Request(JDIMENSION blocks, JDIMENSION rows) {
   m_arrays.push_back(std::move(array));
   // For libjpeg the type is a name without a body: it only hands the pointer back.
   return reinterpret_cast<jvirt_barray_ptr>(m_arrays.back().get());
+}
+
+size_t JpegCoefficients::IndexOf(jvirt_barray_ptr handle) const {
+  const auto found = std::find_if(m_arrays.begin(), m_arrays.end(), [handle](const auto& array) {
+    return array.get() == reinterpret_cast<Array*>(handle);
+  });
+  return static_cast<size_t>(found - m_arrays.begin());
 }
 
 Status JpegCoefficients::Realize(const Source& source) {

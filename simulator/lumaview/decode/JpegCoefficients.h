@@ -29,6 +29,9 @@ class JpegCoefficients {
   /// Notes an array of `rows` rows of `blocks` blocks.
   jvirt_barray_ptr Request(JDIMENSION blocks, JDIMENSION rows);
 
+  /// Which of the arrays it is, by the order of the requests.
+  size_t IndexOf(jvirt_barray_ptr array) const;
+
   /// Makes room for all that was requested, zeroed, by the limit and the file that `source` has for it; once. Errors:
   /// kOutOfMemory.
   Status Realize(const Source& source);

@@ -3,6 +3,7 @@
 /// grey, colour and ink. What libjpeg cannot do (12 bits, lossless) is refused with its words.
 #include <algorithm>
 #include <array>
+#include <thread>
 
 #include "simulator/lumaview/decode/Bytes.h"
 #include "simulator/lumaview/decode/Exif.h"
@@ -73,22 +74,39 @@ class JpegDecoder : public Decoder {
     SIM_TRY(session.ReadHeader());
     const Size stored = session.GetStoredSize();
     SIM_TRY(CheckSize(static_cast<uint64_t>(stored.width), static_cast<uint64_t>(stored.height), m_source.GetLimits()));
-    SIM_TRY(session.Start(ideal));
-    SIM_TRY(sink.Begin({session.GetOutputSize(), session.GetLayout(), icc}));
-    SIM_TRY(DeliverRows(session, sink));
+    const bool has_two_cores = std::thread::hardware_concurrency() > 1;
+    SIM_TRY(session.Start(ideal, has_two_cores ? JpegSession::Threads::kTwo : JpegSession::Threads::kOne));
+    SIM_TRY(sink.Begin({session.GetOutputSize(), session.GetLayout(), icc, session.GetThreads()}));
+    int delivered = 0;
+    const Status status = DeliverRows(session, sink, delivered);
+    if (session.IsStuck()) {
+      return DecodeRest(start, ideal, sink, delivered);
+    }
+    SIM_TRY(status);
     return session.Finish();
   }
 
-  static Status DeliverRows(JpegSession& session, RowSink& sink) {
+  /// Behind `delivered` rows, which are not decoded otherwise but thrown away.
+  Status DecodeRest(uint64_t start, Size ideal, RowSink& sink, int delivered) {
+    JpegSession session(m_source, start);
+    SIM_TRY(session.ReadHeader());
+    SIM_TRY(session.Start(ideal, JpegSession::Threads::kOne));
+    SIM_TRY(DeliverRows(session, sink, delivered));
+    return session.Finish();
+  }
+
+  /// `delivered`: rows that `sink` has had, before and after.
+  static Status DeliverRows(JpegSession& session, RowSink& sink, int& delivered) {
     const Size size = session.GetOutputSize();
     const PixelLayout layout = session.GetLayout();
     const size_t row_bytes = static_cast<size_t>(size.width) * static_cast<size_t>(BytesPerPixel(layout));
     std::vector<uint8_t> own(row_bytes * kRowsAtOnce);
     std::array<JSAMPROW, kRowsAtOnce> rows;
     for (int y = 0; y < size.height;) {
-      const std::span<uint8_t> room = sink.GetRoom();
+      const std::span<uint8_t> room = y < delivered ? std::span<uint8_t>() : sink.GetRoom();
       const std::span<uint8_t> pixels = room.empty() ? std::span(own) : room;
-      const size_t count = std::min(kRowsAtOnce, pixels.size() / row_bytes);
+      const size_t wanted = y < delivered ? static_cast<size_t>(delivered - y) : kRowsAtOnce;
+      const size_t count = std::min({kRowsAtOnce, wanted, pixels.size() / row_bytes});
       for (size_t i = 0; i < count; ++i) {
         rows[i] = &pixels[i * row_bytes];
       }
@@ -97,10 +115,14 @@ class JpegDecoder : public Decoder {
         return read.error();
       }
       for (size_t i = 0; i < static_cast<size_t>(*read); ++i, ++y) {
+        if (y < delivered) {
+          continue;
+        }
         if (layout == PixelLayout::kCmyk && session.IsInkInverted()) {
           InvertInk(rows[i], row_bytes);
         }
         SIM_TRY(sink.Row(y, rows[i]));
+        delivered = y + 1;
       }
     }
     return Ok();

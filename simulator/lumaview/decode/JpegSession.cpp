@@ -55,12 +55,40 @@ Status JpegSession::ReadHeader() {
   });
 }
 
-Status JpegSession::Start(Size ideal) {
-  return Run([this, ideal] {
+Status JpegSession::Start(Size ideal, Threads threads) {
+  SIM_TRY(Run([this, ideal] {
     ChooseLayout();
     ChooseScale(ideal);
-    jpeg_start_decompress(&m_cinfo);
+  }));
+  if (threads == Threads::kTwo && GainsByThread()) {
+    m_ahead = JpegScanAhead::Start(m_cinfo, m_source, m_position - m_source_manager.bytes_in_buffer);
+  }
+  return Run([this] {
+    if (m_ahead != nullptr) {
+      StartOutputOfAhead();
+    } else {
+      jpeg_start_decompress(&m_cinfo);
+    }
   });
+}
+
+bool JpegSession::GainsByThread() const {
+  const Limits& limits = m_source.GetLimits();
+  const Size size = GetOutputSize();
+  const uint64_t pixels = static_cast<uint64_t>(size.width) * static_cast<uint64_t>(size.height);
+  const uint64_t bytes = std::max<uint64_t>(m_source.GetSize(), 1);
+  return bytes >= limits.jpeg_thread_bytes && pixels / bytes <= limits.jpeg_thread_pixels;
+}
+
+/// In the mode for files that are shown while they come in, libjpeg takes the coefficients from arrays, which it lets
+/// others keep. As far as it knows the file ends behind its header, so that it has nothing to read.
+void JpegSession::StartOutputOfAhead() {
+  constexpr int kOnlyScan = 1;
+  m_cinfo.buffered_image = TRUE;
+  m_cinfo.do_block_smoothing = FALSE;
+  m_source_manager.bytes_in_buffer = 0;
+  jpeg_start_decompress(&m_cinfo);
+  jpeg_start_output(&m_cinfo, kOnlyScan);
 }
 
 Result<int> JpegSession::ReadRows(std::span<JSAMPROW> rows) {
@@ -141,7 +169,7 @@ void JpegSession::OnRealize(j_common_ptr cinfo) {
 }
 
 bool JpegSession::MakeRoom() {
-  const Status status = m_coefficients.Realize(m_source);
+  const Status status = m_ahead != nullptr ? Ok() : m_coefficients.Realize(m_source);
   if (!status) {
     m_error = status.error();
   }
@@ -149,8 +177,11 @@ bool JpegSession::MakeRoom() {
 }
 
 JBLOCKARRAY JpegSession::OnAccess(j_common_ptr cinfo, jvirt_barray_ptr array, JDIMENSION first, JDIMENSION count,
-                                  boolean) {
+                                  boolean writable) {
   JpegSession& self = Self(cinfo);
+  if (self.m_ahead != nullptr) {
+    return self.AccessAhead(array, first, writable != FALSE);
+  }
   const JBLOCKARRAY rows = self.m_coefficients.Access(array, first, count);
   if (rows == nullptr) {
     self.m_error.code = kOutOfMemory;
@@ -160,13 +191,29 @@ JBLOCKARRAY JpegSession::OnAccess(j_common_ptr cinfo, jvirt_barray_ptr array, JD
   return rows;
 }
 
+JBLOCKARRAY JpegSession::AccessAhead(jvirt_barray_ptr array, JDIMENSION first, bool writable) {
+  const size_t component = m_coefficients.IndexOf(array);
+  if (writable) {
+    return m_ahead->GetUnread(component);
+  }
+  const JBLOCKARRAY rows = m_ahead->Take(component, first);
+  if (rows == nullptr) {
+    m_is_stuck = true;
+    Escape();
+  }
+  return rows;
+}
+
 /// At the file's end libjpeg is given an end marker: it fills what is missing, and a warning tells that it did.
 bool JpegSession::Fill() {
   static constexpr uint8_t kEndMarker[] = {0xFF, JPEG_EOI};
-  m_source.Seek(m_position);
-  const size_t read = m_source.Read(m_buffer);
-  m_position += read;
-  m_at_end = m_at_end || read == 0;
+  size_t read = 0;
+  if (m_ahead == nullptr) {
+    m_source.Seek(m_position);
+    read = m_source.Read(m_buffer);
+    m_position += read;
+    m_at_end = m_at_end || read == 0;
+  }
   m_source_manager.next_input_byte = read > 0 ? m_buffer.data() : kEndMarker;
   m_source_manager.bytes_in_buffer = read > 0 ? read : sizeof kEndMarker;
   return true;

@@ -10,6 +10,7 @@
 
 #include "simulator/lumaview/decode/Decoder.h"
 #include "simulator/lumaview/decode/JpegCoefficients.h"
+#include "simulator/lumaview/decode/JpegScanAhead.h"
 
 namespace sim::lumaview {
 
@@ -23,16 +24,23 @@ class JpegSession {
   JpegSession(const JpegSession&) = delete;
   JpegSession& operator=(const JpegSession&) = delete;
 
+  /// What decodes: this thread alone, or a second one beside it where the file is of a kind that allows it and gains.
+  enum class Threads { kOne, kTwo };
+
   Status ReadHeader();
   /// Chooses the output layout, and the smallest of the scales 1/8, 1/4, 1/2 and 1 that is not below `ideal`.
-  Status Start(Size ideal);
+  Status Start(Size ideal, Threads threads);
   /// Reads at least one row into `rows`, which have room for one each; the number read.
   Result<int> ReadRows(std::span<JSAMPROW> rows);
+  /// Whether a second thread has met what it cannot judge. The rows read so far are right; a session with one thread
+  /// tells what comes of the others.
+  bool IsStuck() const { return m_is_stuck; }
   /// After the last row: kDamaged when the file ended before the picture did.
   Status Finish();
 
   Size GetStoredSize() const;
   Size GetOutputSize() const;
+  unsigned int GetThreads() const { return m_ahead != nullptr ? 2 : 1; }
   PixelLayout GetLayout() const { return m_layout; }
   /// Whether ink is stored as light, as Adobe's programs do.
   bool IsInkInverted() const { return m_cinfo.saw_Adobe_marker != 0; }
@@ -47,6 +55,9 @@ class JpegSession {
   void ChooseLayout();
   void ChooseScale(Size ideal);
   void HookCoefficients();
+  bool GainsByThread() const;
+  void StartOutputOfAhead();
+  JBLOCKARRAY AccessAhead(jvirt_barray_ptr array, JDIMENSION first, bool writable);
   bool MakeRoom();
   bool Fill();
   void Skip(long bytes);
@@ -65,6 +76,8 @@ class JpegSession {
 
   Source& m_source;
   JpegCoefficients m_coefficients;
+  std::unique_ptr<JpegScanAhead> m_ahead;  ///< has the coefficients instead, where a second thread reads them
+  bool m_is_stuck = false;
   void (*m_realize_others)(j_common_ptr) = nullptr;  ///< libjpeg's own, for its other arrays
   uint64_t m_position;                               ///< in the file, behind what the buffer holds
   bool m_at_end = false;

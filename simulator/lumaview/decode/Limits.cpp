@@ -24,6 +24,8 @@ constexpr NamedLimit kNamedLimits[] = {
     {"frames", &Limits::frames},
     {"scans", &Limits::scans},
     {"coefficient_bytes", &Limits::coefficient_bytes},
+    {"jpeg_thread_bytes", &Limits::jpeg_thread_bytes},
+    {"jpeg_thread_pixels", &Limits::jpeg_thread_pixels},
     {"seconds", &Limits::seconds},
 };
 

@@ -26,6 +26,10 @@ struct Limits {
   uint64_t scans = 100;
   /// Progressive JPEG: coefficients that may stay in memory; above it they go to an unlinked file.
   uint64_t coefficient_bytes = 96ull << 20;
+  /// JPEG: from this size of file on a second thread reads the coefficients; smaller ones are over before it pays.
+  uint64_t jpeg_thread_bytes = 200'000;
+  /// And with no more decoded pixels a byte of the file than these: else scaling takes longest, which has a thread too.
+  uint64_t jpeg_thread_pixels = 2;
   /// Time of one decode.
   uint64_t seconds = 10;
 };

@@ -13,7 +13,7 @@ RowPipe::~RowPipe() {
 Status RowPipe::Begin(const FrameFormat& format) {
   SIM_TRY(m_next.Begin(format));
   const int64_t pixels = int64_t{format.size.width} * format.size.height;
-  if (pixels >= kWorthwhilePixels && std::thread::hardware_concurrency() > 1) {
+  if (pixels >= kWorthwhilePixels && std::thread::hardware_concurrency() > format.threads) {
     StartThread(format);
   }
   return Ok();

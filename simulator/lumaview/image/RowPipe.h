@@ -13,7 +13,7 @@
 namespace sim::lumaview {
 
 /// Hands a frame's rows over to `next` on a thread of its own, so that scaling runs beside decoding. Small frames, and
-/// all frames where there is one core, are passed on at once.
+/// all frames where decoding has every core, are passed on at once.
 class RowPipe : public RowSink {
  public:
   explicit RowPipe(RowSink& next) : m_next(next) {}
