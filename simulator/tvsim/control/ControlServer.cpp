@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "simulator/tvsim/control/ControlServer.h"
 
-#include <glib-unix.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 
@@ -55,13 +54,6 @@ Result<std::unique_ptr<ControlServer>> ControlServer::Start(Television& televisi
 ControlServer::ControlServer(Television& television, UniqueFd listener)
     : m_context{television, {}, [this](int64_t number) { OnScreenChange(number); }, [this] { FollowLog(); }},
       m_listener(std::move(listener)) {
-  m_source = g_unix_fd_add(
-      m_listener.Get(), G_IO_IN,
-      [](gint, GIOCondition, gpointer self) -> gboolean {
-        static_cast<ControlServer*>(self)->Accept();
-        return G_SOURCE_CONTINUE;
-      },
-      this);
   Television::Observer observer;
   observer.on_event = [this](const SessionEvent& event) { Broadcast(kEventMethod, ParamsOf(event)); };
   observer.on_engine_exit = [this](const ProcessEnd& end, bool restarted) { OnEngineExit(end, restarted); };
@@ -91,10 +83,6 @@ void ControlServer::FollowScreen() {
   if (const Status follows = m_context.screen->Follow(); !follows) {
     Complain(follows.error().reason);
   }
-}
-
-ControlServer::~ControlServer() {
-  g_source_remove(m_source);
 }
 
 void ControlServer::Accept() {

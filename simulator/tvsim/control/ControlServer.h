@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "simulator/tvsim/control/ControlConnection.h"
+#include "simulator/tvsim/engine/FdWatch.h"
 #include "simulator/tvsim/engine/LogFollower.h"
 #include "simulator/tvsim/session/Television.h"
 
@@ -18,7 +19,6 @@ class ControlServer {
  public:
   /// Listens at `socket`, a path in a folder of mode 0700. `television` outlives the server, and does not run after it.
   static Result<std::unique_ptr<ControlServer>> Start(Television& television, const std::string& socket);
-  ~ControlServer();
   ControlServer(const ControlServer&) = delete;
   ControlServer& operator=(const ControlServer&) = delete;
 
@@ -41,9 +41,9 @@ class ControlServer {
 
   ControlContext m_context;
   UniqueFd m_listener;
-  unsigned int m_source = 0;
   std::unique_ptr<LogFollower> m_log;
   std::vector<std::shared_ptr<ControlConnection>> m_clients;
+  const FdWatch m_new_client{m_listener.Get(), FdWatch::For::kInput, [this] { Accept(); }};
 };
 
 }  // namespace sim::tvsim

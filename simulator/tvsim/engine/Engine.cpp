@@ -2,7 +2,6 @@
 #include "simulator/tvsim/engine/Engine.h"
 
 #include <fcntl.h>
-#include <glib-unix.h>
 #include <sys/socket.h>
 
 #include <algorithm>
@@ -44,9 +43,7 @@ Result<std::unique_ptr<Engine>> Engine::Start(EngineOptions options, Callbacks c
 }
 
 Engine::~Engine() {
-  if (m_end_source != 0) {
-    g_source_remove(m_end_source);
-  }
+  m_end.reset();
   m_client.reset();  // end of input: the engine ends in good order
   if (m_process && !m_process->Wait(kOrderlyEnd)) {
     m_process->End(std::chrono::milliseconds(0));
@@ -94,13 +91,7 @@ Status Engine::Launch() {
       *transport,
       rpc::Client::Callbacks{[this](const std::string& method, const rpc::JsonText& p) { OnNotification(method, p); },
                              [this](const rpc::CloseReason&) { OnChannelClosed(); }});
-  m_end_source = g_unix_fd_add(
-      m_process->EndDescriptor(), G_IO_IN,
-      [](gint, GIOCondition, gpointer self) -> gboolean {
-        static_cast<Engine*>(self)->OnProcessEnd();
-        return G_SOURCE_REMOVE;
-      },
-      this);
+  m_end = std::make_unique<FdWatch>(m_process->EndDescriptor(), FdWatch::For::kInput, [this] { OnProcessEnd(); });
   return Ok();
 }
 
@@ -240,7 +231,7 @@ void Engine::LaunchLater() {
 
 /// What the engine said before it ended is still read, unless a process that it left holds the channel open.
 void Engine::OnProcessEnd() {
-  m_end_source = 0;
+  m_end.reset();
   m_process_ended = true;
   if (m_channel_closed) {
     Finish();

@@ -2,8 +2,6 @@
 #ifndef SIMULATOR_TVSIM_ENGINE_ENGINE_H
 #define SIMULATOR_TVSIM_ENGINE_ENGINE_H
 
-#include <glib.h>
-
 #include <chrono>
 #include <functional>
 #include <memory>
@@ -15,6 +13,7 @@
 #include "simulator/base/LogStage.h"
 #include "simulator/base/Result.h"
 #include "simulator/rpc/Client.h"
+#include "simulator/tvsim/engine/FdWatch.h"
 #include "simulator/tvsim/engine/RestartPace.h"
 #include "simulator/tvsim/process/ChildProcess.h"
 
@@ -111,7 +110,7 @@ class Engine {
   std::unique_ptr<ChildProcess> m_process;
   std::unique_ptr<rpc::Client> m_client;
   std::unique_ptr<rpc::Client> m_dead_client;  ///< of the engine before; its callbacks may still be on the stack
-  unsigned int m_end_source = 0;
+  std::unique_ptr<FdWatch> m_end;              ///< until it has come
   bool m_process_ended = false;
   bool m_channel_closed = false;
   std::optional<rpc::CallError> m_killed;           ///< why it was ended from here

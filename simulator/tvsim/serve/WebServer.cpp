@@ -3,7 +3,6 @@
 
 #include <arpa/inet.h>
 #include <fcntl.h>
-#include <glib-unix.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <sys/socket.h>
@@ -109,17 +108,9 @@ WebServer::WebServer(LoopbackListener listener, WebServerOptions options, Contro
         static_cast<WebServer*>(self)->Answer(message, path, query);
       },
       this, nullptr);
-  m_source = g_unix_fd_add(
-      m_listener.socket.Get(), G_IO_IN,
-      [](gint, GIOCondition, gpointer self) -> gboolean {
-        static_cast<WebServer*>(self)->Accept();
-        return G_SOURCE_CONTINUE;
-      },
-      this);
 }
 
 WebServer::~WebServer() {
-  g_source_remove(m_source);
   soup_server_disconnect(m_server.get());
 }
 

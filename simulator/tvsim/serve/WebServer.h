@@ -19,6 +19,7 @@
 #include "simulator/base/CHandle.h"
 #include "simulator/base/UniqueFd.h"
 #include "simulator/tvsim/control/ControlServer.h"
+#include "simulator/tvsim/engine/FdWatch.h"
 #include "simulator/tvsim/serve/Tokens.h"
 
 namespace sim::tvsim {
@@ -70,8 +71,8 @@ class WebServer {
   ControlServer& m_control;
   std::vector<std::string> m_hosts;
   std::unique_ptr<SoupServer, Unref> m_server;
-  unsigned int m_source = 0;
   std::shared_ptr<int> m_open = std::make_shared<int>(0);  ///< connections that are not WebSockets
+  const FdWatch m_new_client{m_listener.socket.Get(), FdWatch::For::kInput, [this] { Accept(); }};
 };
 
 }  // namespace sim::tvsim

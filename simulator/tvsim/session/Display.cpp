@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "simulator/tvsim/session/Display.h"
 
-#include <glib-unix.h>
 #include <poll.h>
 
 #include <cerrno>
@@ -70,23 +69,15 @@ Status Display::Prepare(milliseconds patience) {
 }
 
 void Display::Watch() {
-  const auto on_hang_up = [](gint, GIOCondition, gpointer self) -> gboolean {
-    static_cast<Display*>(self)->OnHangUp();
-    return G_SOURCE_CONTINUE;
-  };
-  m_screen_source =
-      g_unix_fd_add(m_screen->Descriptor(), static_cast<GIOCondition>(G_IO_HUP | G_IO_ERR), on_hang_up, this);
+  m_screen_end = std::make_unique<FdWatch>(m_screen->Descriptor(), FdWatch::For::kHangUp, [this] { OnHangUp(); });
   if (m_server) {
-    m_server_source = g_unix_fd_add(m_server->EndDescriptor(), G_IO_IN, on_hang_up, this);
+    m_server_end = std::make_unique<FdWatch>(m_server->EndDescriptor(), FdWatch::For::kInput, [this] { OnHangUp(); });
   }
 }
 
 void Display::Unwatch() {
-  for (unsigned int* source : {&m_screen_source, &m_server_source}) {
-    if (*source != 0) {
-      g_source_remove(std::exchange(*source, 0u));
-    }
-  }
+  m_screen_end.reset();
+  m_server_end.reset();
 }
 
 bool Display::IsThere() {

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "simulator/base/Result.h"
+#include "simulator/tvsim/engine/FdWatch.h"
 #include "simulator/tvsim/engine/RestartPace.h"
 #include "simulator/tvsim/engine/Timer.h"
 #include "simulator/tvsim/screen/Screen.h"
@@ -70,8 +71,8 @@ class Display {
   std::unique_ptr<PrivateDisplay> m_server;
   std::unique_ptr<Screen> m_screen;
   pid_t m_server_process = 0;
-  unsigned int m_server_source = 0;
-  unsigned int m_screen_source = 0;
+  std::unique_ptr<FdWatch> m_server_end;
+  std::unique_ptr<FdWatch> m_screen_end;
   bool m_is_lost = false;
   RestartPace m_pace;
   std::unique_ptr<Timer> m_next_try;
