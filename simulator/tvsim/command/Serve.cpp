@@ -26,9 +26,7 @@ int ServeUntilInterrupted(const OpenSession& session, LoopbackListener listener,
   }
   Say(address.control);
   Say("To look on only: " + address.view);
-  while (session.television.Interruption().empty()) {
-    session.television.Pause(std::chrono::hours(1));
-  }
+  session.television.RunUntilInterrupted();
   return kDone;
 }
 

@@ -38,6 +38,11 @@ Engine::Engine(EngineOptions options, Callbacks callbacks)
 
 Result<std::unique_ptr<Engine>> Engine::Start(EngineOptions options, Callbacks callbacks) {
   std::unique_ptr<Engine> engine(new Engine(std::move(options), std::move(callbacks)));
+  auto alarm = Alarm::Create([raw = engine.get()] { raw->LookAfterCalls(); });
+  if (!alarm) {
+    return alarm.error();
+  }
+  engine->m_answer_alarm = std::move(*alarm);
   SIM_TRY(engine->Launch());
   return engine;
 }
@@ -115,34 +120,34 @@ void Engine::Call(std::string_view method, const rpc::JsonText& params, rpc::Cli
                      on_answer(answer);
                    }
                  });
-  if (!m_answer_timer) {
-    LookAfterCalls(m_options.answer_limit);
+  if (!m_answer_alarm->IsSet()) {
+    LookAgainWithin(m_options.answer_limit);
   }
 }
 
-/// One timer looks after all calls: making one for each would cost more than most calls do.
-void Engine::LookAfterCalls(std::chrono::nanoseconds longest_wait) {
-  const auto wait =
-      std::chrono::ceil<std::chrono::milliseconds>(std::min<std::chrono::nanoseconds>(kSilence, longest_wait));
-  m_answer_timer = std::make_unique<Timer>(wait, [this] {
-    m_answer_timer.reset();
-    const auto oldest = m_client ? m_client->OldestCall() : std::nullopt;
-    if (!oldest) {
-      return;
-    }
-    const auto age = rpc::Client::Clock::now() - *oldest;
-    if (age >= m_options.answer_limit) {
-      return GiveUp();
-    }
-    if (age >= kSilence) {
-      WriteLastLines();  // what a command has said before it hangs is of interest now
-    }
-    if (age >= kSlowAnswer && m_told_of_call != *oldest) {
-      m_told_of_call = *oldest;
-      TellOfSlowAnswer();
-    }
-    LookAfterCalls(m_options.answer_limit - age);
-  });
+/// One alarm looks after all calls: one for each would cost more than most calls do.
+void Engine::LookAgainWithin(std::chrono::nanoseconds longest_wait) {
+  m_answer_alarm->RingAfter(
+      std::chrono::ceil<std::chrono::milliseconds>(std::min<std::chrono::nanoseconds>(kSilence, longest_wait)));
+}
+
+void Engine::LookAfterCalls() {
+  const auto oldest = m_client ? m_client->OldestCall() : std::nullopt;
+  if (!oldest) {
+    return;
+  }
+  const auto age = rpc::Client::Clock::now() - *oldest;
+  if (age >= m_options.answer_limit) {
+    return GiveUp();
+  }
+  if (age >= kSilence) {
+    WriteLastLines();  // what a command has said before it hangs is of interest now
+  }
+  if (age >= kSlowAnswer && m_told_of_call != *oldest) {
+    m_told_of_call = *oldest;
+    TellOfSlowAnswer();
+  }
+  LookAgainWithin(m_options.answer_limit - age);
 }
 
 /// The log's lines that the engine keeps back, or has not come to write.

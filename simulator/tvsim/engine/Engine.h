@@ -13,6 +13,7 @@
 #include "simulator/base/LogStage.h"
 #include "simulator/base/Result.h"
 #include "simulator/rpc/Client.h"
+#include "simulator/tvsim/engine/Alarm.h"
 #include "simulator/tvsim/engine/FdWatch.h"
 #include "simulator/tvsim/engine/RestartPace.h"
 #include "simulator/tvsim/process/ChildProcess.h"
@@ -93,7 +94,8 @@ class Engine {
 
   Status Launch();
   void OnNotification(const std::string& method, const rpc::JsonText& params);
-  void LookAfterCalls(std::chrono::nanoseconds longest_wait);
+  void LookAfterCalls();
+  void LookAgainWithin(std::chrono::nanoseconds longest_wait);
   void WriteLastLines();
   void TellOfSlowAnswer();
   void GiveUp();
@@ -115,7 +117,7 @@ class Engine {
   bool m_channel_closed = false;
   std::optional<rpc::CallError> m_killed;           ///< why it was ended from here
   std::string m_suspended;                          ///< why none is started; empty: one may be
-  std::unique_ptr<Timer> m_answer_timer;            ///< runs while calls are open
+  std::unique_ptr<Alarm> m_answer_alarm;            ///< is set while calls are open
   std::unique_ptr<Timer> m_patience;                ///< runs between the end of one and of the other
   std::vector<rpc::Client::OnAnswer> m_lost_calls;  ///< open when the channel was closed
   std::string m_interrupted_call;

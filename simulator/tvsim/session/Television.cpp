@@ -259,6 +259,13 @@ std::optional<EngineEvent> Television::TakeEvent(Patience patience) {
   return event;
 }
 
+/// Without a timer, as even one that is hours away costs every turn of the loop.
+void Television::RunUntilInterrupted() {
+  while (m_interruption.empty()) {
+    g_main_context_iteration(nullptr, TRUE);
+  }
+}
+
 void Television::Pause(Patience time) {
   PauseUntil(time, [] { return false; });
 }

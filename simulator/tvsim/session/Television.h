@@ -74,6 +74,8 @@ class Television {
   bool HasEvent() const { return !m_events.empty(); }
   void ForgetEvents() { m_events.clear(); }
 
+  /// Sees to everything until there is an `Interruption`.
+  void RunUntilInterrupted();
   /// Waits, and sees to everything else meanwhile.
   void Pause(Patience time);
   /// Waits until `condition` holds; false when it does not within `patience`. It is looked at whenever something
