@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "simulator/rpc/JsonText.h"
 
-#include <algorithm>
 #include <nlohmann/json.hpp>
 #include <utility>
 
@@ -10,6 +9,9 @@
 
 namespace sim::rpc {
 namespace {
+
+/// More bytes than a request has besides its method, parameters and id.
+constexpr size_t kMostAround = 64;
 
 void AppendEscaped(std::string& json, char c) {
   constexpr char kDigits[] = "0123456789abcdef";
@@ -24,28 +26,46 @@ void AppendEscaped(std::string& json, char c) {
   }
 }
 
-std::string QuoteKeepingBytes(std::string_view text) {
-  std::string json = "\"";
-  json.reserve(text.size() + 2);
+void AppendKeepingBytes(std::string& json, std::string_view text) {
+  json += '"';
   for (const char c : text) {
     AppendEscaped(json, c);
   }
-  return json += '"';
+  json += '"';
+}
+
+/// Looks to the end whatever it finds, so that the compiler looks at many characters at once.
+bool IsPlainText(std::string_view text) {
+  unsigned char odd = 0;
+  for (const char c : text) {
+    odd |= static_cast<unsigned char>(!IsPlain(c));
+  }
+  return odd == 0;
+}
+
+void AppendQuoted(std::string& json, std::string_view text, ForeignBytes foreign) {
+  if (IsPlainText(text)) {
+    json.append(1, '"').append(text).append(1, '"');
+  } else if (foreign == ForeignBytes::kKeep) {
+    AppendKeepingBytes(json, text);
+  } else {
+    json += Dump(text);
+  }
 }
 
 }  // namespace
 
 JsonText Quote(std::string_view text, ForeignBytes foreign) {
-  if (std::ranges::all_of(text, IsPlain)) {
-    return {std::string(1, '"').append(text) + '"'};
-  }
-  return {foreign == ForeignBytes::kKeep ? QuoteKeepingBytes(text) : Dump(text)};
+  JsonText json;
+  AppendQuoted(json.text, text, foreign);
+  return json;
 }
 
 JsonText Quote(const std::vector<std::string>& texts, ForeignBytes foreign) {
   std::string json = "[";
   for (const std::string& text : texts) {
-    json += (json.size() > 1 ? "," : "") + Quote(text, foreign).text;
+    json += json.size() > 1 ? "," : "";
+    AppendQuoted(json, text, foreign);
   }
   return {json += ']'};
 }
@@ -86,17 +106,21 @@ ObjectWriter& ObjectWriter::Add(std::string_view name, const JsonText& value) {
   if (m_text.size() > 1) {
     m_text += ',';
   }
-  m_text.append(Quote(name).text).append(1, ':').append(value.text);
+  AppendQuoted(m_text, name, ForeignBytes::kReplace);
+  m_text.append(1, ':').append(value.text);
   return *this;
 }
 
 JsonText ObjectWriter::Take() {
-  return {std::exchange(m_text, "{") + '}'};
+  m_text += '}';
+  return {std::exchange(m_text, std::string(1, '{'))};
 }
 
 std::string WriteRequest(std::string_view method, const JsonText& params, const JsonText& id) {
-  std::string request = R"({"jsonrpc":"2.0","method":)";
-  request += Quote(method).text;
+  std::string request;
+  request.reserve(kMostAround + method.size() + params.text.size() + id.text.size());
+  request += R"({"jsonrpc":"2.0","method":)";
+  AppendQuoted(request, method, ForeignBytes::kReplace);
   if (!params.text.empty()) {
     request.append(R"(,"params":)").append(params.text);
   }

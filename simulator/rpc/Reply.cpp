@@ -16,9 +16,13 @@ JsonText WriteError(const CallError& error) {
   return object.Take();
 }
 
+/// More bytes than a reply has besides its result and its id.
+constexpr size_t kMostAround = 64;
+
 std::string WriteReply(const JsonText& id, const Answer& answer) {
   std::string reply = R"({"jsonrpc":"2.0",)";
   if (const auto* result = std::get_if<JsonText>(&answer)) {
+    reply.reserve(kMostAround + result->text.size() + id.text.size());
     reply.append(R"("result":)").append(result->text);
   } else {
     reply.append(R"("error":)").append(WriteError(std::get<CallError>(answer)).text);
