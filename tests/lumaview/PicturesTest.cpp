@@ -19,6 +19,9 @@ using Kind = ShownPicture::Kind;
 #if defined(__SANITIZE_ADDRESS__)
 constexpr double kSlowness = 12;  // instrumented code, and its shadow memory counts as growth
 constexpr bool kMeasuresMemory = false;
+#elif defined(__arm__)
+constexpr double kSlowness = 10;  // emulated wherever these tests are built for it
+constexpr bool kMeasuresMemory = true;
 #else
 constexpr double kSlowness = 1;
 constexpr bool kMeasuresMemory = true;
