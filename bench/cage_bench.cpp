@@ -30,9 +30,13 @@ double Measure(const char* path, const Opener& open) {
   const auto begin = std::chrono::steady_clock::now();
   const auto file = PictureFile::Open(path);
   const auto stream = file ? open(*file, std::make_shared<Cancellation>()) : file.error();
-  const bool shown = stream && (*stream)->RenderNext(View{}, kWindow);
+  const auto frame = stream ? (*stream)->RenderNext(View{}, kWindow) : stream.error();
   const std::chrono::duration<double, std::milli> spent = std::chrono::steady_clock::now() - begin;
-  return shown ? spent.count() : -1;
+  if (!frame) {
+    std::printf("%s: %s\n", path, frame.error().reason.c_str());
+    return -1;
+  }
+  return spent.count();
 }
 
 double Median(std::vector<double> values) {
@@ -53,7 +57,7 @@ bool Compare(const char* path, int rounds) {
     // A slide show leaves time between pictures, in which the next process is made.
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
   }
-  const bool fails = local.front() < 0 || caged.front() < 0;
+  const bool fails = std::ranges::min(local) < 0 || std::ranges::min(caged) < 0;
   // Of the pairs' differences: what the machine does meanwhile meets both of a pair.
   const bool good = !fails && Median(more) <= std::max(Median(local) * kMorePart, kMoreMilliseconds);
   std::printf("%-8s median %8.2f ms, caged %8.2f ms (%+.2f)  least %8.2f, %8.2f  %s\n",

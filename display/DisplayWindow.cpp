@@ -21,8 +21,8 @@ namespace {
 constexpr int kImageDepth = 24;
 constexpr int kImagePad = 32;
 
-/// Each change of size uncovers the window, and nobody reads what the server says of it, so that Xlib would keep it all.
-/// One event stays: a window that is made on this connection later waits for its first event, and has always found it.
+/// Each change of size uncovers the window, and nobody reads what the server says of it: Xlib would keep it all.
+/// One event stays: a window that is made on this connection later waits for an event, and has always found one.
 void DropEvents(Display* display) {
   XEvent event;
   while (XEventsQueued(display, QueuedAlready) > 1) {
