@@ -10,6 +10,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <future>
@@ -126,6 +127,36 @@ TEST(GivenFrameWithHoles, AllItsMemoryIsThereOnceItIsFrozen) {
   struct stat status {};
   ASSERT_EQ(fstat((*frame)->GetMemory()->GetFd(), &status), 0);
   EXPECT_GE(status.st_blocks * 512, status.st_size);
+}
+
+/// Kernels before 6.7 do not show a sealed file to anybody, so it is sealed more weakly there.
+bool KernelShowsSealedFiles() {
+  constexpr size_t kBytes = 4096;
+  const UniqueFd file(memfd_create("sealed", MFD_CLOEXEC | MFD_ALLOW_SEALING));
+  const bool sealed = ftruncate(file.Get(), kBytes) == 0 && fcntl(file.Get(), F_ADD_SEALS, F_SEAL_WRITE) == 0;
+  void* shown = mmap(nullptr, kBytes, PROT_READ, MAP_SHARED, file.Get(), 0);
+  return sealed && shown != MAP_FAILED && munmap(shown, kBytes) == 0;
+}
+
+TEST(GivenFrameThatAnotherStillWrites, NothingOfThatIsSeenOnceItIsFrozen) {
+  if (!KernelShowsSealedFiles()) {
+    GTEST_SKIP() << "on this kernel a mapping that is there can go on writing";
+  }
+  auto file = Frame::CreateFile(kWindow);
+  ASSERT_TRUE(file);
+  const size_t bytes = static_cast<size_t>(kWindow.width) * static_cast<size_t>(kWindow.height) * sizeof(uint32_t);
+  auto* kept = static_cast<uint32_t*>(mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_SHARED, file->Get(), 0));
+  ASSERT_NE(kept, MAP_FAILED);
+  std::fill_n(kept, bytes / sizeof(uint32_t), 0xFF00FF00u);
+
+  const auto frame = Frame::Freeze(std::move(*file), kWindow);
+  std::fill_n(kept, bytes / sizeof(uint32_t), 0xFFFF0000u);
+
+  ASSERT_TRUE(frame);
+  const ConstImageView pixels = (*frame)->GetPixels();
+  EXPECT_EQ(pixels.Row(0)[0], 0xFF00FF00u);
+  EXPECT_EQ(pixels.Row(kWindow.height - 1)[kWindow.width - 1], 0xFF00FF00u);
+  munmap(kept, bytes);
 }
 
 /// The processors that a process may use; none when it is gone.

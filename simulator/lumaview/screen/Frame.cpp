@@ -46,6 +46,18 @@ Status TakeMemory(const UniqueFd& file, size_t bytes) {
   return error == 0 ? Ok() : Status(OutOfMemory(bytes, error));
 }
 
+/// Reads through the file and not through a mapping: a page that is missing is an error then and no signal.
+Status ReadWhole(const UniqueFd& file, uint8_t* to, size_t bytes) {
+  for (size_t done = 0; done < bytes;) {
+    const ssize_t got = pread(file.Get(), to + done, bytes - done, static_cast<off_t>(done));
+    if (got <= 0 && (got == 0 || errno != EINTR)) {
+      return OutOfMemory(bytes, got == 0 ? ENODATA : errno);
+    }
+    done += static_cast<size_t>(std::max<ssize_t>(got, 0));
+  }
+  return Ok();
+}
+
 }  // namespace
 
 Result<UniqueFd> SharedMemory::CreateFile(size_t bytes) {
@@ -80,7 +92,7 @@ Result<std::shared_ptr<SharedMemory>> SharedMemory::Freeze(UniqueFd file, size_t
   // Before 6.7 a mapping that is there can go on writing; it is its owner's own picture that it spoils.
   const int seal = SealedFilesCanBeShared() ? F_SEAL_WRITE : F_SEAL_FUTURE_WRITE;
   if (fcntl(file.Get(), F_ADD_SEALS, seal | F_SEAL_SEAL) != 0 && errno == EBUSY) {
-    return Error{kDamaged, "the decoder does not let go of the frame"};
+    return Copy(file, bytes);
   }
   SIM_TRY(TakeMemory(file, bytes));  // now that nobody can make holes
   void* data = mmap(nullptr, bytes, PROT_READ, MAP_SHARED, file.Get(), 0);
@@ -88,6 +100,14 @@ Result<std::shared_ptr<SharedMemory>> SharedMemory::Freeze(UniqueFd file, size_t
     return OutOfMemory(bytes, errno);
   }
   return std::shared_ptr<SharedMemory>(new SharedMemory(std::move(file), static_cast<uint8_t*>(data), bytes));
+}
+
+Result<std::shared_ptr<SharedMemory>> SharedMemory::Copy(const UniqueFd& file, size_t bytes) {
+  auto copy = Create(bytes);
+  if (copy) {
+    SIM_TRY(ReadWhole(file, (*copy)->GetData(), bytes));
+  }
+  return copy;
 }
 
 SharedMemory::~SharedMemory() {

@@ -24,8 +24,9 @@ class SharedMemory {
   /// kOutOfMemory.
   static Result<UniqueFd> CreateFile(size_t bytes);
   /// Takes over a file of `CreateFile` when it is written: from now on nobody can, and all its memory is there. Its
-  /// pixels are to be read only.
-  /// Errors: kDamaged while another process still has it mapped for writing; kOutOfMemory.
+  /// pixels are to be read only. It is copied where that is refused: by a process that keeps it mapped for writing, and
+  /// now and then (once in 15,000 frames) by the kernel, which has a page in its hands for longer than it waits itself.
+  /// Errors: kOutOfMemory.
   static Result<std::shared_ptr<SharedMemory>> Freeze(UniqueFd file, size_t bytes);
   ~SharedMemory();
   SharedMemory(const SharedMemory&) = delete;
@@ -36,6 +37,7 @@ class SharedMemory {
   int GetFd() const { return m_fd.Get(); }
 
  private:
+  static Result<std::shared_ptr<SharedMemory>> Copy(const UniqueFd& file, size_t bytes);
   SharedMemory(UniqueFd fd, uint8_t* data, size_t size) : m_fd(std::move(fd)), m_data(data), m_size(size) {}
 
   const UniqueFd m_fd;
