@@ -92,9 +92,11 @@ void AddThreads(Rules& rules) {
   rules.Add(SCMP_ACT_ALLOW, SCMP_SYS(prctl), {SCMP_A0_64(SCMP_CMP_EQ, PR_SET_NAME)});
   rules.Add(SCMP_ACT_ALLOW, SCMP_SYS(prctl), {SCMP_A0_64(SCMP_CMP_EQ, PR_SET_VMA)});
   for (const int call : {SCMP_SYS(sched_setscheduler), SCMP_SYS(sched_getscheduler), SCMP_SYS(sched_getparam),
-                         SCMP_SYS(sched_setaffinity), SCMP_SYS(setpriority), SCMP_SYS(membarrier)}) {
+                         SCMP_SYS(setpriority), SCMP_SYS(membarrier)}) {
     rules.Add(Deny(EPERM), call);
   }
+  // Threads that work together keep to processors of their own.
+  rules.Add(SCMP_ACT_ALLOW, SCMP_SYS(sched_setaffinity), {SCMP_A0_64(SCMP_CMP_EQ, 0)});
 }
 
 void AddChannel(Rules& rules) {

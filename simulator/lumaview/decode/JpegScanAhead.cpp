@@ -1,11 +1,29 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "simulator/lumaview/decode/JpegScanAhead.h"
 
+#include <sched.h>
+
 #include <algorithm>
 #include <system_error>
 #include <utility>
 
 namespace sim::lumaview {
+namespace {
+
+/// The calling thread goes to another of its processors, if it has one, and may come back later.
+void LeaveProcessor(int processor) {
+  cpu_set_t all;
+  if (sched_getaffinity(0, sizeof all, &all) != 0 || CPU_COUNT(&all) < 2) {
+    return;
+  }
+  cpu_set_t others = all;
+  CPU_CLR(static_cast<size_t>(processor), &others);
+  if (sched_setaffinity(0, sizeof others, &others) == 0) {
+    sched_setaffinity(0, sizeof all, &all);
+  }
+}
+
+}  // namespace
 
 std::unique_ptr<JpegScanAhead> JpegScanAhead::Start(const jpeg_decompress_struct& header, Source& source,
                                                     uint64_t position) {
@@ -20,8 +38,11 @@ std::unique_ptr<JpegScanAhead> JpegScanAhead::Start(const jpeg_decompress_struct
 
 JpegScanAhead::~JpegScanAhead() {
   if (m_thread.joinable()) {
-    m_ending = true;
-    m_empty.release();
+    {
+      const std::lock_guard lock(m_mutex);
+      m_ending = true;
+    }
+    m_room.notify_one();
     m_thread.join();
   }
 }
@@ -51,7 +72,6 @@ void JpegScanAhead::MakeRoom(const jpeg_decompress_struct& header) {
 }
 
 bool JpegScanAhead::StartThread() {
-  m_empty.release(static_cast<ptrdiff_t>(m_slots));
   try {
     m_thread = std::thread(&JpegScanAhead::Run, this);
   } catch (const std::system_error&) {
@@ -61,35 +81,57 @@ bool JpegScanAhead::StartThread() {
 }
 
 void JpegScanAhead::Run() {
-  for (JDIMENSION row = 0; row < m_rows; ++row) {
-    m_empty.acquire();
+  JDIMENSION row = 0;
+  while (row < m_rows && AwaitRoom()) {
     JpegScan::Rows rows{};
     for (size_t i = 0; i < m_components.size(); ++i) {
       rows[i] = &m_components[i].list[row % m_slots * m_components[i].rows];
     }
-    if (m_ending || !m_scan->ReadRow(rows)) {
+    if (!m_scan->ReadRow(rows)) {
       break;
     }
-    m_read = row + 1;
-    m_full.release();
+    Tell(++row, false);
+    KeepApart();
   }
-  m_full.release();  // who waits for a row that is not good finds that out
+  Tell(row, true);
+}
+
+void JpegScanAhead::KeepApart() {
+  if (const int processor = sched_getcpu(); processor == m_takers_processor) {
+    LeaveProcessor(processor);
+  }
+}
+
+bool JpegScanAhead::AwaitRoom() {
+  std::unique_lock lock(m_mutex);
+  if (m_read - m_over >= m_slots) {
+    m_room.wait(lock, [this] { return m_read - m_over <= m_slots / 2 || m_ending; });
+  }
+  return !m_ending;
+}
+
+void JpegScanAhead::Tell(JDIMENSION read, bool ended) {
+  const std::lock_guard lock(m_mutex);
+  m_read = read;
+  m_ended = ended;
+  if (m_ended || m_read - m_over > m_slots / 2) {
+    m_news.notify_one();
+  }
 }
 
 JBLOCKARRAY JpegScanAhead::Take(size_t component, JDIMENSION first) {
   Component& wanted = m_components[component];
   const JDIMENSION row = first / wanted.rows;
-  for (; m_taken <= row; ++m_taken) {
-    if (m_taken > 0) {
-      m_empty.release();
-    }
-    m_full.acquire();
-    if (m_taken >= m_read) {
-      m_full.release();  // for who asks again
-      return nullptr;
-    }
+  std::unique_lock lock(m_mutex);
+  m_takers_processor = sched_getcpu();
+  m_over = std::max(m_over, row);
+  if (m_read - m_over <= m_slots / 2) {
+    m_room.notify_one();
   }
-  return &wanted.list[row % m_slots * wanted.rows];
+  if (m_read <= row) {
+    m_news.wait(lock, [&] { return m_read > row + m_slots / 2 || m_ended; });
+  }
+  return m_read > row ? &wanted.list[row % m_slots * wanted.rows] : nullptr;
 }
 
 }  // namespace sim::lumaview

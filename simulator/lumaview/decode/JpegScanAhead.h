@@ -3,8 +3,9 @@
 #define SIMULATOR_LUMAVIEW_DECODE_JPEGSCANAHEAD_H
 
 #include <atomic>
+#include <condition_variable>
 #include <memory>
-#include <semaphore>
+#include <mutex>
 #include <thread>
 #include <vector>
 
@@ -30,9 +31,9 @@ class JpegScanAhead {
 
  private:
   /// What is read ahead stays near the processors, and is no more where rows are long.
-  static constexpr size_t kBytesAhead = 1 << 20;
+  static constexpr size_t kBytesAhead = 1 << 22;
   static constexpr size_t kLeastSlots = 2;
-  static constexpr size_t kMostSlots = 16;
+  static constexpr size_t kMostSlots = 32;
 
   /// A slot holds a row of MCUs.
   struct Component {
@@ -46,16 +47,30 @@ class JpegScanAhead {
   void MakeRoom(const jpeg_decompress_struct& header);
   bool StartThread();
   void Run();
+  /// For a row of MCUs more; false when nobody wants it.
+  bool AwaitRoom();
+  /// Rows of MCUs that are good, and whether there will be no more.
+  void Tell(JDIMENSION read, bool ended);
+  /// Where kernels take the machine to be busy they wake a thread on the processor of who wakes it, and two that wait
+  /// for each other by turns would share it to the end while another is idle.
+  void KeepApart();
 
   const std::unique_ptr<JpegScan> m_scan;
   std::vector<Component> m_components;
   size_t m_slots = 0;
-  JDIMENSION m_rows = 0;   ///< of MCUs, in the picture
-  JDIMENSION m_taken = 0;  ///< rows of MCUs that were waited for
-  std::counting_semaphore<kMostSlots + 1> m_empty{0};
-  std::counting_semaphore<> m_full{0};
-  std::atomic<JDIMENSION> m_read{0};  ///< rows of MCUs that are good
-  std::atomic<bool> m_ending{false};
+  JDIMENSION m_rows = 0;  ///< of MCUs, in the picture
+
+  std::atomic<int> m_takers_processor{-1};
+
+  // Who has to wait waits for half of the room: to sleep and be woken row by row takes longer than the work.
+  std::mutex m_mutex;  ///< of what follows, but for the thread
+  std::condition_variable m_room;
+  std::condition_variable m_news;
+  JDIMENSION m_read = 0;  ///< rows of MCUs that are good
+  JDIMENSION m_over = 0;  ///< of these, rows that nobody takes again
+  bool m_ended = false;   ///< no more are read
+  bool m_ending = false;  ///< no more are wanted
+
   std::thread m_thread;
 };
 
