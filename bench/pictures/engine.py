@@ -13,10 +13,11 @@ SHOWN, REFUSED = 8, 6
 class Engine:
     """Started by the constructor; a context manager that ends it."""
 
-    def __init__(self, build, folder, environment=None):
+    def __init__(self, build, folder, environment=None, under=()):
+        """`under`: a command that runs the one behind it."""
         self.started = time.monotonic()
         self._process = subprocess.Popen(
-            [build / "bin" / "picture-player"], stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
+            [*under, build / "bin" / "picture-player"], stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
             env={**os.environ, "OLM_LOG_FILE": str(folder / "engine.log"), "OLM_LOG_LEVEL": "1",
                  "VCONF_SESSION": str(folder), **(environment or {})})
         self.pid = self._process.pid
