@@ -104,8 +104,8 @@ void JpegScanAhead::KeepApart() {
 
 bool JpegScanAhead::AwaitRoom() {
   std::unique_lock lock(m_mutex);
-  if (m_read - m_over >= m_slots) {
-    m_room.wait(lock, [this] { return m_read - m_over <= m_slots / 2 || m_ending; });
+  if (m_read >= m_over + m_slots) {
+    m_room.wait(lock, [this] { return m_read <= m_over + m_slots / 2 || m_ending; });
   }
   return !m_ending;
 }
@@ -114,7 +114,7 @@ void JpegScanAhead::Tell(JDIMENSION read, bool ended) {
   const std::lock_guard lock(m_mutex);
   m_read = read;
   m_ended = ended;
-  if (m_ended || m_read - m_over > m_slots / 2) {
+  if (m_ended || m_read > m_over + m_slots / 2) {
     m_news.notify_one();
   }
 }
@@ -125,7 +125,7 @@ JBLOCKARRAY JpegScanAhead::Take(size_t component, JDIMENSION first) {
   std::unique_lock lock(m_mutex);
   m_takers_processor = sched_getcpu();
   m_over = std::max(m_over, row);
-  if (m_read - m_over <= m_slots / 2) {
+  if (m_read <= m_over + m_slots / 2) {
     m_room.notify_one();
   }
   if (m_read <= row) {

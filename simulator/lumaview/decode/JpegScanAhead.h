@@ -67,7 +67,7 @@ class JpegScanAhead {
   std::condition_variable m_room;
   std::condition_variable m_news;
   JDIMENSION m_read = 0;  ///< rows of MCUs that are good
-  JDIMENSION m_over = 0;  ///< of these, rows that nobody takes again
+  JDIMENSION m_over = 0;  ///< rows that nobody takes again, read or not
   bool m_ended = false;   ///< no more are read
   bool m_ending = false;  ///< no more are wanted
 
