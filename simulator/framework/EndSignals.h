@@ -6,9 +6,13 @@
 
 #include <functional>
 
+#include "simulator/base/UniqueFd.h"
+
 namespace sim::framework {
 
-/// The signals that ask the process to end: SIGTERM, SIGINT, SIGHUP. Needs no thread. One object a process.
+/// The signals that ask the process to end: SIGTERM, SIGINT, SIGHUP. They are blocked for the rest of the process, so
+/// that it does not matter who sets handlers: ecore_x, when a command initialises it, sets some that throw the signals
+/// away. Needs no thread. One object a process, made before other threads, which take its mask over.
 class EndSignals {
  public:
   /// `onSignal` is called on the thread that runs `context`, before other sources that are ready.
@@ -17,15 +21,12 @@ class EndSignals {
   EndSignals(const EndSignals&) = delete;
   EndSignals& operator=(const EndSignals&) = delete;
 
-  /// Sets handlers and the calling thread's mask. To be called again after every command: ecore_x, when a command
-  /// initialises it, puts handlers of its own in their place that throw the signals away.
-  void Assert();
-
  private:
   static gboolean OnReadable(gint fd, GIOCondition, gpointer self);
 
   const std::function<void()> m_onSignal;
-  GSource* m_source;
+  const UniqueFd m_fd;
+  GSource* const m_source;
 };
 
 }  // namespace sim::framework

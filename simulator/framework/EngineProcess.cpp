@@ -56,7 +56,6 @@ Status EngineProcess::Start() {
   m_channel = std::move(*channel);
   EventSender::OfProcess().Connect(m_channel);
   m_engine.reset(m_app->CreateEmpEngine());
-  m_signals.Assert();
   return m_engine != nullptr ? Ok() : Error{1, "the application object has made no engine"};
 }
 
@@ -132,7 +131,6 @@ rpc::Answer EngineProcess::ExecuteWithParamList(const CommandParams& params) {
 }
 
 rpc::Answer EngineProcess::FinishCommand(const std::string& command, bool supported, const std::string& result) {
-  m_signals.Assert();
   if (!supported) {
     return rpc::CallError{rpc::kMethodNotFound, "the engine does not support this command",
                           rpc::ObjectWriter().Add("command", rpc::Quote(command)).Take()};
