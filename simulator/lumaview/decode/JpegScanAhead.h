@@ -2,13 +2,12 @@
 #ifndef SIMULATOR_LUMAVIEW_DECODE_JPEGSCANAHEAD_H
 #define SIMULATOR_LUMAVIEW_DECODE_JPEGSCANAHEAD_H
 
-#include <atomic>
-#include <condition_variable>
 #include <memory>
-#include <mutex>
+#include <optional>
 #include <thread>
 #include <vector>
 
+#include "simulator/lumaview/decode/Handover.h"
 #include "simulator/lumaview/decode/JpegScan.h"
 
 namespace sim::lumaview {
@@ -47,30 +46,12 @@ class JpegScanAhead {
   void MakeRoom(const jpeg_decompress_struct& header);
   bool StartThread();
   void Run();
-  /// For a row of MCUs more; false when nobody wants it.
-  bool AwaitRoom();
-  /// Rows of MCUs that are good, and whether there will be no more.
-  void Tell(JDIMENSION read, bool ended);
-  /// Where kernels take the machine to be busy they wake a thread on the processor of who wakes it, and two that wait
-  /// for each other by turns would share it to the end while another is idle.
-  void KeepApart();
 
   const std::unique_ptr<JpegScan> m_scan;
   std::vector<Component> m_components;
   size_t m_slots = 0;
-  JDIMENSION m_rows = 0;  ///< of MCUs, in the picture
-
-  std::atomic<int> m_takers_processor{-1};
-
-  // Who has to wait waits for half of the room: to sleep and be woken row by row takes longer than the work.
-  std::mutex m_mutex;  ///< of what follows, but for the thread
-  std::condition_variable m_room;
-  std::condition_variable m_news;
-  JDIMENSION m_read = 0;  ///< rows of MCUs that are good
-  JDIMENSION m_over = 0;  ///< rows that nobody takes again, read or not
-  bool m_ended = false;   ///< no more are read
-  bool m_ending = false;  ///< no more are wanted
-
+  JDIMENSION m_rows = 0;               ///< of MCUs, in the picture
+  std::optional<Handover> m_handover;  ///< of rows of MCUs
   std::thread m_thread;
 };
 

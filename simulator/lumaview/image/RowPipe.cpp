@@ -25,7 +25,6 @@ void RowPipe::StartThread(const FrameFormat& format) {
   for (Batch& batch : m_batches) {
     batch.bytes.resize(m_row_bytes * static_cast<size_t>(m_batch_rows));
   }
-  m_empty.acquire();
   m_thread = std::thread(&RowPipe::Run, this);
 }
 
@@ -42,7 +41,7 @@ Status RowPipe::Row(int y, const uint8_t* row) {
     std::memcpy(place, row, m_row_bytes);
   }
   if (++batch.rows == m_batch_rows) {
-    Publish();
+    GiveBatch();
   }
   return Ok();
 }
@@ -56,9 +55,9 @@ std::span<uint8_t> RowPipe::GetRoom() {
 }
 
 /// The second thread gets the batch, and the next one is emptied.
-void RowPipe::Publish() {
-  m_full.release();
-  m_empty.acquire();
+void RowPipe::GiveBatch() {
+  m_handover.Give();
+  m_handover.AwaitRoom();
   m_filling = (m_filling + 1) % kBatches;
   m_batches[m_filling].rows = 0;
 }
@@ -73,26 +72,21 @@ void RowPipe::Stop() {
     return;
   }
   if (m_batches[m_filling].rows > 0) {
-    Publish();
+    m_handover.Give();
   }
-  m_full.release();
+  m_handover.End();
   m_thread.join();
 }
 
 void RowPipe::Run() {
-  for (size_t at = 0;; at = (at + 1) % kBatches) {
-    m_full.acquire();
-    const Batch& batch = m_batches[at];
-    if (batch.rows == 0) {
-      return;
-    }
+  for (uint32_t at = 0; m_handover.Take(at); ++at) {
+    const Batch& batch = m_batches[at % kBatches];
     for (int i = 0; i < batch.rows && !m_error; ++i) {
       if (const Status status = m_next.Row(batch.first_row + i, &batch.bytes[static_cast<size_t>(i) * m_row_bytes]);
           !status) {
         m_error = status.error();
       }
     }
-    m_empty.release();
   }
 }
 

@@ -4,11 +4,11 @@
 
 #include <array>
 #include <optional>
-#include <semaphore>
 #include <thread>
 #include <vector>
 
 #include "simulator/lumaview/decode/Decoder.h"
+#include "simulator/lumaview/decode/Handover.h"
 
 namespace sim::lumaview {
 
@@ -29,19 +29,19 @@ class RowPipe : public RowSink {
   Status Finish();
 
  private:
-  static constexpr int kBatches = 4;
-  static constexpr size_t kBatchBytes = 128 * 1024;  ///< stays in the cache from one core to the other
+  static constexpr size_t kBatches = 16;
+  static constexpr size_t kBatchBytes = 64 * 1024;  ///< stays in the cache from one core to the other
   static constexpr int64_t kWorthwhilePixels = 500'000;
 
   struct Batch {
     std::vector<uint8_t> bytes;
     int first_row = 0;
-    int rows = 0;  ///< 0: there are no more
+    int rows = 0;
   };
 
   void StartThread(const FrameFormat& format);
   void Run();
-  void Publish();
+  void GiveBatch();
   void Stop();
 
   RowSink& m_next;
@@ -49,8 +49,7 @@ class RowPipe : public RowSink {
   int m_batch_rows = 1;
   std::array<Batch, kBatches> m_batches;
   size_t m_filling = 0;  ///< of `m_batches`, by the decoding thread
-  std::counting_semaphore<kBatches> m_empty{kBatches};
-  std::counting_semaphore<kBatches> m_full{0};
+  Handover m_handover{kBatches};
   std::optional<Error> m_error;  ///< of the second thread, until it is joined
   std::thread m_thread;
 };
