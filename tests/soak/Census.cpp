@@ -10,6 +10,7 @@
 #include <fstream>
 #include <memory>
 #include <stdexcept>
+#include <string_view>
 
 namespace soak {
 namespace {
@@ -94,8 +95,9 @@ class Server {
 
 /// "socket:[1234]" is "socket:[]". A full log is put away as "log.1", by each who writes it in its own time.
 std::string KindOf(std::string target) {
+  constexpr std::string_view kLog = "/log";
   if (const size_t put_away = target.find("/log.1"); put_away != std::string::npos)
-    return target.substr(0, put_away) + "/log";
+    target.resize(put_away + kLog.size());
   std::erase_if(target, [](char c) { return c >= '0' && c <= '9'; });
   return target;
 }
