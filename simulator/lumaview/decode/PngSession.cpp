@@ -11,6 +11,10 @@ namespace {
 constexpr png_byte kUnwantedChunks[] =
     "tEXt\0zTXt\0iTXt\0tIME\0hIST\0sPLT\0pCAL\0sCAL\0oFFs\0pHYs\0bKGD\0sBIT\0sTER\0gIFg\0gIFx\0gIFt\0dSIG\0";
 constexpr int kUnwantedCount = (sizeof kUnwantedChunks - 1) / 5;
+/// libpng reads this one whole, however long it says it is; as one that it does not know it is kept up to a limit.
+constexpr png_byte kExifChunk[] = "eXIf";
+/// libpng counts down from this number and stops at 2.
+constexpr png_uint_32 kRoomForOneChunk = 3;
 
 }  // namespace
 
@@ -50,6 +54,8 @@ Status PngSession::ReadHeader() {
     png_set_user_limits(m_png, side, side);
     png_set_chunk_malloc_max(m_png, limits.metadata_bytes);
     png_set_keep_unknown_chunks(m_png, PNG_HANDLE_CHUNK_NEVER, kUnwantedChunks, kUnwantedCount);
+    png_set_keep_unknown_chunks(m_png, PNG_HANDLE_CHUNK_ALWAYS, kExifChunk, 1);
+    png_set_chunk_cache_max(m_png, kRoomForOneChunk);
     png_read_info(m_png, m_info);
   });
 }
@@ -135,16 +141,25 @@ std::vector<uint8_t> PngSession::GetIcc() {
 }
 
 std::vector<uint8_t> PngSession::GetExif() {
-  png_uint_32 length = 0;
-  png_bytep exif = nullptr;
-  if (png_get_eXIf_1(m_png, m_info, &length, &exif) == 0 || exif == nullptr) {
-    return {};
+  png_unknown_chunkp chunks = nullptr;
+  const int count = png_get_unknown_chunks(m_png, m_info, &chunks);
+  return count > 0 ? std::vector<uint8_t>(chunks->data, chunks->data + chunks->size) : std::vector<uint8_t>();
+}
+
+/// Chunks that are skipped may be as long as the file. False with the reason in `m_error`.
+bool PngSession::IsStillWanted() {
+  const Status running = m_source.CheckRunning();
+  if (!running) {
+    m_error = running.error();
   }
-  return {exif, exif + length};
+  return static_cast<bool>(running);
 }
 
 void PngSession::OnRead(png_structp png, png_bytep data, size_t length) {
   auto& self = *static_cast<PngSession*>(png_get_io_ptr(png));
+  if (!self.IsStillWanted()) {
+    std::longjmp(self.m_escape, 1);
+  }
   if (self.m_read({data, length}) != length) {
     png_error(png, "the file ends in the middle of the picture");
   }

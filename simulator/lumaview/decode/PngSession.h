@@ -44,6 +44,7 @@ class PngSession {
   Status Run(Step step);
   Status ReadPasses(std::vector<uint8_t>& pixels, size_t row_bytes);
   void ChooseLayout();
+  bool IsStillWanted();
 
   static void OnRead(png_structp png, png_bytep data, size_t length);
   static void OnError(png_structp png, png_const_charp message);
