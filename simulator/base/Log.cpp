@@ -4,7 +4,6 @@
 #include <fcntl.h>
 #include <pthread.h>
 
-#include <algorithm>
 #include <charconv>
 #include <cstdlib>
 #include <string>
@@ -114,18 +113,26 @@ void FlushLog() {
 }
 
 void AppendWithoutControls(std::string& line, std::string_view text) {
+  const size_t from = line.size();
+  line.append(text);
+  SpellOutControls(line, from, line.size());
+}
+
+void SpellOutControls(std::string& line, size_t from, size_t to) {
+  const std::string_view text = std::string_view(line).substr(from, to - from);
   if (!HasControl(text)) {
-    line.append(text);
     return;
   }
   constexpr char kDigits[] = "0123456789ABCDEF";
-  for (auto control = text.begin(); (control = std::find_if(text.begin(), text.end(), IsControl)) != text.end();) {
-    line.append(text.begin(), control).append("\\x");
-    line += kDigits[static_cast<unsigned char>(*control) >> 4];
-    line += kDigits[*control & 0xF];
-    text.remove_prefix(static_cast<size_t>(control - text.begin()) + 1);
+  std::string spelt;
+  for (const char c : text) {
+    if (IsControl(c)) {
+      spelt.append("\\x").append(1, kDigits[static_cast<unsigned char>(c) >> 4]).append(1, kDigits[c & 0xF]);
+    } else {
+      spelt += c;
+    }
   }
-  line.append(text);
+  line.replace(from, to - from, spelt);
 }
 
 }  // namespace sim

@@ -33,6 +33,9 @@ void WriteLogLine(LogLevel level, std::string_view line);
 /// Appends `text` to `line` with its control characters but tabs as \xNN.
 void AppendWithoutControls(std::string& line, std::string_view text);
 
+/// Does so with what stands in `line` already, between two places.
+void SpellOutControls(std::string& line, size_t from, size_t to);
+
 }  // namespace sim
 
 #endif

@@ -2,6 +2,7 @@
 #ifndef SIMULATOR_BASE_UNIQUEFD_H
 #define SIMULATOR_BASE_UNIQUEFD_H
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <utility>
@@ -32,6 +33,12 @@ class UniqueFd {
  private:
   int m_fd = -1;
 };
+
+/// Whether `fd` is open, and a socket.
+inline bool IsSocket(int fd) {
+  struct stat status {};
+  return fstat(fd, &status) == 0 && S_ISSOCK(status.st_mode);
+}
 
 }  // namespace sim
 

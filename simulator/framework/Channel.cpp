@@ -2,7 +2,6 @@
 #include "simulator/framework/Channel.h"
 
 #include <fcntl.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -27,12 +26,6 @@ int ReadNumber(std::string_view text) {
   int number = -1;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
   return error == std::errc() && end == text.data() + text.size() ? number : -1;
-}
-
-bool IsSocket(int fd) {
-  int type = 0;
-  socklen_t size = sizeof type;
-  return getsockopt(fd, SOL_SOCKET, SO_TYPE, &type, &size) == 0;
 }
 
 /// Takes the socket over: no program that this process starts gets it or hears of it.

@@ -23,8 +23,7 @@ constexpr std::string_view kColourEnd = "\033[0m";
 
 /// A line whose message has not come yet.
 struct Pending {
-  std::string line;
-  std::string message;  ///< both keep their room for the thread's next lines
+  std::string line;  ///< keeps its room for the thread's next lines
   sim::LogLevel level = sim::LogLevel::kPlain;
 
   /// Writes a prefix that stays without a message.
@@ -51,23 +50,9 @@ void AppendNumber(std::string& text, Number number, int base) {
 
 /// As kPrefixFormat says; every second call is for one.
 void AppendPrefix(std::string& line, const char* function, int number) {
-  line.append("[OLM][").append(function).append(1, '(');
+  line.append("[OLM][").append(function).append("(");
   AppendNumber(line, number, 10);
   line.append(")] ");
-}
-
-/// Appends `message` so that the line stays one: its colour stays, its line end goes, what else would move the cursor
-/// is spelt out.
-void AppendMessage(std::string& line, std::string_view message) {
-  if (message.starts_with(kColourStart) && message.size() >= kColourLength) {
-    line.append(message.substr(0, kColourLength));
-    message.remove_prefix(kColourLength);
-  }
-  const bool coloured = message.ends_with(kColourEnd);
-  message.remove_suffix(coloured ? kColourEnd.size() : 0);
-  message.remove_suffix(message.ends_with('\n') ? 1 : 0);
-  sim::AppendWithoutControls(line, message);
-  line.append(coloured ? kColourEnd : "").append("\n");
 }
 
 /// Appends what vsnprintf would write, where `format` has plain %s, %d and %x only, as nearly every line of the engine
@@ -75,7 +60,7 @@ void AppendMessage(std::string& line, std::string_view message) {
 __attribute__((format(printf, 2, 0))) bool AppendPlainFormatted(std::string& text, const char* format,
                                                                 va_list arguments) {
   for (const char* percent; (percent = std::strchr(format, '%')) != nullptr; format = percent + 2) {
-    text.append(format, percent);
+    text.append(format, static_cast<size_t>(percent - format));
     switch (percent[1]) {
       case 's': {
         const char* word = va_arg(arguments, const char*);
@@ -97,17 +82,33 @@ __attribute__((format(printf, 2, 0))) bool AppendPlainFormatted(std::string& tex
 }
 
 __attribute__((format(printf, 2, 0))) void AppendFormatted(std::string& text, const char* format, va_list arguments) {
+  const size_t before = text.size();
   va_list again, oncemore;
   va_copy(again, arguments);
   va_copy(oncemore, arguments);
   if (!AppendPlainFormatted(text, format, arguments)) {
-    const int length = std::vsnprintf(nullptr, 0, format, again);
-    text.resize(static_cast<size_t>(std::max(length, 0)) + 1);
-    std::vsnprintf(text.data(), text.size(), format, oncemore);
+    const auto length = static_cast<size_t>(std::max(std::vsnprintf(nullptr, 0, format, again), 0));
+    text.resize(before + length + 1);
+    std::vsnprintf(&text[before], length + 1, format, oncemore);
     text.pop_back();
   }
   va_end(again);
   va_end(oncemore);
+}
+
+/// Makes a message, all that stands behind `start`, the rest of one line: its colour stays, its line end is the last
+/// character, what else would move the cursor is spelt out.
+void FinishLine(std::string& line, size_t start) {
+  const std::string_view message = std::string_view(line).substr(start);
+  const bool begins = message.starts_with(kColourStart) && message.size() >= kColourLength;
+  const size_t from = start + (begins ? kColourLength : 0);
+  const bool ends = std::string_view(line).substr(from).ends_with(kColourEnd);
+  size_t to = line.size() - (ends ? kColourEnd.size() : 0);
+  if (to > from && line[to - 1] == '\n') {
+    line.erase(--to, 1);
+  }
+  sim::SpellOutControls(line, from, to);
+  line += '\n';
 }
 
 }  // namespace
@@ -126,9 +127,9 @@ void COLMDebug::PrintLog(unsigned int /*module*/, unsigned int level, const char
     AppendPrefix(pending.line, function, va_arg(arguments, int));
     pending.level = logLevel;
   } else {
-    pending.message.clear();
-    AppendFormatted(pending.message, format, arguments);
-    AppendMessage(pending.line, pending.message);
+    const size_t start = pending.line.size();
+    AppendFormatted(pending.line, format, arguments);
+    FinishLine(pending.line, start);
     pending.Write(logLevel);
   }
   va_end(arguments);

@@ -2,6 +2,7 @@
 #include "simulator/rpc/Binder.h"
 
 #include <algorithm>
+#include <bitset>
 #include <nlohmann/json.hpp>
 
 #include "simulator/rpc/JsonParse.h"
@@ -10,6 +11,9 @@ namespace sim::rpc {
 namespace {
 
 using Json = nlohmann::json;
+
+/// More than any method has; one with more is read from a document.
+constexpr size_t kMostPlainFields = 64;
 
 std::optional<CallError> Invalid(const std::string& what) {
   return CallError{kInvalidParams, what};
@@ -188,16 +192,16 @@ std::optional<CallError> MatchParams(const Json* params, const std::vector<Field
 
 bool MatchPlain(const Params& params, const std::vector<FieldInfo>& fields,
                 const std::function<bool(size_t index, PlainReader& reader)>& read) {
-  if (!params.IsPlain()) {
+  if (!params.IsPlain() || fields.size() > kMostPlainFields) {
     return false;
   }
   PlainReader reader(params.Plain().empty() ? "[]" : params.Plain());
-  std::vector<bool> isGiven(fields.size());
+  std::bitset<kMostPlainFields> isGiven;
   const auto readOne = [&](size_t index) {
     if (index >= fields.size() || isGiven[index]) {
       return false;
     }
-    isGiven[index] = true;
+    isGiven.set(index);
     return read(index, reader);
   };
   const auto readNamed = [&](std::string_view name) {

@@ -12,6 +12,8 @@ namespace {
 
 /// More bytes than a request has besides its method, parameters and id.
 constexpr size_t kMostAround = 64;
+/// Room for an object as most are: a text that grows bit by bit is copied each time.
+constexpr size_t kUsualObject = 128;
 
 void AppendEscaped(std::string& json, char c) {
   constexpr char kDigits[] = "0123456789abcdef";
@@ -45,7 +47,8 @@ bool IsPlainText(std::string_view text) {
 
 void AppendQuoted(std::string& json, std::string_view text, ForeignBytes foreign) {
   if (IsPlainText(text)) {
-    json.append(1, '"').append(text).append(1, '"');
+    json.reserve(json.size() + text.size() + 2);
+    json.append("\"").append(text).append("\"");
   } else if (foreign == ForeignBytes::kKeep) {
     AppendKeepingBytes(json, text);
   } else {
@@ -100,6 +103,11 @@ std::optional<int64_t> ReadInteger(std::string_view json) {
 std::optional<bool> ReadBoolean(std::string_view json) {
   const nlohmann::json value = Parse(json);
   return value.is_boolean() ? std::optional(value.get<bool>()) : std::nullopt;
+}
+
+ObjectWriter::ObjectWriter() {
+  m_text.reserve(kUsualObject);
+  m_text += '{';
 }
 
 ObjectWriter& ObjectWriter::Add(std::string_view name, const JsonText& value) {

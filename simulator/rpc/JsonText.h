@@ -40,11 +40,12 @@ std::optional<bool> ReadBoolean(std::string_view json);
 /// Writes one object: `ObjectWriter().Add("event", Number(8)).Take()`.
 class ObjectWriter {
  public:
+  ObjectWriter();
   ObjectWriter& Add(std::string_view name, const JsonText& value);
   JsonText Take();
 
  private:
-  std::string m_text = "{";
+  std::string m_text;
 };
 
 /// A request, or without an `id` a notification. `params`: an object or a list, or empty.

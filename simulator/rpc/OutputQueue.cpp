@@ -44,7 +44,7 @@ bool TakesBytes(int fd, int waitMs) {
 }  // namespace
 
 OutputQueue::OutputQueue(UniqueFd out, size_t limit)
-    : m_out(OpenForOurselves(std::move(out))), m_isSocket(FileType(m_out.Get()) == S_IFSOCK), m_limit(limit) {}
+    : m_out(OpenForOurselves(std::move(out))), m_isSocket(IsSocket(m_out.Get())), m_limit(limit) {}
 
 bool OutputQueue::Send(std::string_view message, std::string_view before, std::string_view after) {
   return Add(0, message, before, after);

@@ -53,11 +53,12 @@ ReplyCollector::~ReplyCollector() {
   }
 }
 
-void ReplyCollector::Add(std::string_view reply) {
-  if (!m_replies.empty()) {
-    m_replies += ',';
+void ReplyCollector::Add(std::string reply) {
+  if (m_replies.empty()) {
+    m_replies = std::move(reply);
+  } else {
+    m_replies.append(",").append(reply);
   }
-  m_replies += reply;
 }
 
 Reply::Reply(std::shared_ptr<ReplyCollector> collector, JsonText id)

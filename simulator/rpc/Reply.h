@@ -22,7 +22,7 @@ class ReplyCollector {
   ReplyCollector(const ReplyCollector&) = delete;
   ReplyCollector& operator=(const ReplyCollector&) = delete;
 
-  void Add(std::string_view reply);
+  void Add(std::string reply);
 
  private:
   const Send m_send;

@@ -8,6 +8,7 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -85,6 +86,7 @@ class Transport : public std::enable_shared_from_this<Transport> {
   void Step();
   void Deliver(const Framing::Message& message);
   void ReadSome();
+  ssize_t ReadNow(std::span<char> bytes) const;
   void SendRaw(const std::string& bytes);
   void Finish(const CloseReason& reason);
 
@@ -94,7 +96,8 @@ class Transport : public std::enable_shared_from_this<Transport> {
   gpointer m_inTag = nullptr;   ///< set while input is waited for
   gpointer m_outTag = nullptr;  ///< set while the peer is waited for
   Callbacks m_callbacks;
-  UniqueFd m_in;
+  const UniqueFd m_in;
+  const bool m_inIsSocket;
   const std::unique_ptr<Framing> m_framing;
   OutputQueue m_output;
   CloseReason m_endReason;
