@@ -8,7 +8,7 @@ pkg_check_modules(TEST_JPEG REQUIRED IMPORTED_TARGET libjpeg)
 add_executable(lumaview_render_test
   ${decode}/AvifLoops.cpp ${decode}/HuffmanTable.cpp ${decode}/JpegCoefficients.cpp ${decode}/JpegScan.cpp
   ${decode}/JpegScanAhead.cpp ${decode}/JpegSession.cpp JpegThreadTest.cpp
-  AvifLoopsTest.cpp HandoverTest.cpp InterruptedTest.cpp OddFiles.cpp OddFilesTest.cpp TestPictures.cpp RenderGeometryTest.cpp RenderPsnrTest.cpp RenderScaleTest.cpp)
+  AvifLoopsTest.cpp HandoverTest.cpp InterruptedTest.cpp OddFiles.cpp OddFilesTest.cpp PagesAheadTest.cpp TestPictures.cpp RenderGeometryTest.cpp RenderPsnrTest.cpp RenderScaleTest.cpp)
 target_link_libraries(lumaview_render_test PRIVATE lumaview_image PkgConfig::TEST_JPEG GTest::gtest_main)
 gtest_discover_tests(lumaview_render_test)
 

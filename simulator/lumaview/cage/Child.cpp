@@ -8,13 +8,14 @@
 #include <cstddef>
 #include <memory>
 #include <new>
+#include <optional>
 #include <string>
 #include <system_error>
-#include <thread>
 #include <utility>
 
 #include "simulator/lumaview/cage/Bars.h"
 #include "simulator/lumaview/cage/Message.h"
+#include "simulator/lumaview/decode/PagesAhead.h"
 #include "simulator/lumaview/image/Preview.h"
 
 namespace sim::lumaview::cage {
@@ -27,14 +28,12 @@ class MappedFrame {
       : m_size(size), m_bytes(static_cast<size_t>(size.width) * static_cast<size_t>(size.height) * sizeof(uint32_t)) {
     void* start = mmap(nullptr, m_bytes, PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
     m_pixels = start == MAP_FAILED ? nullptr : static_cast<uint32_t*>(start);
-    if (m_pixels != nullptr && m_bytes >= kWorthAThread) {
-      StartPopulating();
+    if (m_pixels != nullptr) {
+      m_pages.emplace().Start({static_cast<std::byte*>(start), m_bytes}, PagesAhead::From::kBegin);
     }
   }
   ~MappedFrame() {
-    if (m_populating.joinable()) {
-      m_populating.join();
-    }
+    m_pages.reset();
     if (m_pixels != nullptr) {
       munmap(m_pixels, m_bytes);
     }
@@ -46,30 +45,10 @@ class MappedFrame {
   ImageView GetPixels() const { return {m_pixels, m_size.width, m_size.height, m_size.width}; }
 
  private:
-  /// Takes the pages while the first rows are decoded: one by one they would cost a fault each. Without the thread they
-  /// do.
-  void StartPopulating() {
-    try {
-      m_populating = std::thread([this] { Populate(); });
-    } catch (const std::system_error&) {
-    }
-  }
-
-  /// In parts, as nothing else is mapped in this process meanwhile, not even another thread's stack.
-  void Populate() {
-    auto* bytes = reinterpret_cast<std::byte*>(m_pixels);
-    constexpr size_t kPart = 256 * 1024;
-    for (size_t done = 0; done < m_bytes; done += kPart) {
-      madvise(bytes + done, std::min(kPart, m_bytes - done), MADV_POPULATE_WRITE);
-    }
-  }
-
-  static constexpr size_t kWorthAThread = 1 << 20;
-
   const Size m_size;
   const size_t m_bytes;
   uint32_t* m_pixels = nullptr;
-  std::thread m_populating;
+  std::optional<PagesAhead> m_pages;  ///< ends before the memory does
 };
 
 template <typename Work>

@@ -6,7 +6,10 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <optional>
 #include <utility>
+
+#include "simulator/lumaview/decode/PagesAhead.h"
 
 namespace sim::lumaview {
 namespace {
@@ -35,6 +38,7 @@ class Mapping {
     }
     if (file < 0) {
       madvise(start, mapped, MADV_HUGEPAGE);  // all of it will be written: fewer faults
+      m_pages.emplace().Start({static_cast<std::byte*>(start), mapped}, PagesAhead::From::kEnd);
     }
     m_start = static_cast<std::byte*>(start);
     m_bytes = mapped;
@@ -46,6 +50,7 @@ class Mapping {
 
  private:
   void Reset() {
+    m_pages.reset();
     if (m_start != nullptr) {
       munmap(m_start, m_bytes);
       m_start = nullptr;
@@ -55,6 +60,7 @@ class Mapping {
   std::byte* m_start = nullptr;
   size_t m_bytes = 0;
   size_t m_inside = 0;  ///< from the page's begin to the first wanted byte
+  std::optional<PagesAhead> m_pages;
 };
 
 }  // namespace
