@@ -26,7 +26,7 @@ add_custom_command(OUTPUT ${SMALL_PICTURES}/MANIFEST.tsv
   DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/make-pictures ${PPM_TO_JXL_TARGET})
 add_custom_target(small_pictures DEPENDS ${SMALL_PICTURES}/MANIFEST.tsv)
 
-add_executable(lumaview_pictures_test FindsTest.cpp LongMetadataTest.cpp TestPictures.cpp PictureSet.cpp PicturesLookTest.cpp PicturesTest.cpp)
+add_executable(lumaview_pictures_test FindsTest.cpp MetadataTest.cpp TestPictures.cpp PictureSet.cpp PicturesLookTest.cpp PicturesTest.cpp)
 add_dependencies(lumaview_pictures_test small_pictures picture-outcome)
 target_link_libraries(lumaview_pictures_test PRIVATE lumaview_image GTest::gtest_main)
 started_program(picture-outcome picture_outcome)

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-/// What stands in a file besides its picture costs no memory, however much it is.
+/// What stands in a file besides its picture is used where it is short, and costs no memory where it is long.
 #include <cstdio>
 
 #include "tests/lumaview/PictureSet.h"
@@ -26,6 +26,26 @@ void WritePngWithExif(const std::string& path, const std::vector<uint8_t>& png, 
   }
   std::fwrite(&png[kPngHeader], 1, png.size() - kPngHeader, file);
   std::fclose(file);
+}
+
+/// An EXIF chunk that says orientation 6, which stands a picture on its side.
+constexpr uint8_t kTurned[] = {
+    0x00, 0x00, 0x00, 0x1A, 0x65, 0x58, 0x49, 0x66, 0x4D, 0x4D, 0x00, 0x2A, 0x00, 0x00, 0x00, 0x08,
+    0x00, 0x01, 0x01, 0x12, 0x00, 0x03, 0x00, 0x00, 0x00, 0x01, 0x00, 0x06, 0x00, 0x00, 0x00, 0x00,
+    0x00, 0x00, 0xD6, 0x67, 0x4B, 0x69};
+
+TEST(GivenPngWithShortExif, ItIsTurnedAsThatSays) {
+  const TempFolder folder;
+  Convert({"-size", "64x48", "xc:#C86432", folder / "turned.png"});
+  std::vector<uint8_t> png = ReadFile(folder / "turned.png");
+  png.insert(png.begin() + kPngHeader, std::begin(kTurned), std::end(kTurned));
+  WriteFile(folder / "turned.png", png);
+
+  const ShownPicture shown = ShowInProcess(folder / "turned.png", 64, 48);
+
+  ASSERT_EQ(shown.kind, ShownPicture::Kind::kShown) << shown.output;
+  EXPECT_EQ(shown.width, 48);
+  EXPECT_EQ(shown.height, 64);
 }
 
 class GivenPngWithExif : public testing::TestWithParam<std::vector<uint32_t>> {};
