@@ -23,16 +23,6 @@ class Bars:
         if found:
             self.failures.append(f"{what}: {', '.join(found)}")
 
-    def attempt(self, measure, *arguments, **keywords):
-        """Calls `measure`, which checks bars, and once or twice more where one of them does not hold: what else the
-        machine does, and its host, takes minutes at a time. Every measurement is printed; the bars of the last count."""
-        for attempts_left in (2, 1, 0):
-            checked, failures = self.checked, list(self.failures)
-            measure(*arguments, **keywords)
-            if len(self.failures) == len(failures) or not attempts_left:
-                break
-            self.checked, self.failures = checked, failures
-
     def summary(self, subject):
         """The failures a line each and the summary; the exit status."""
         for failure in self.failures:
