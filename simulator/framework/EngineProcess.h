@@ -12,7 +12,7 @@
 #include "simulator/base/CHandle.h"
 #include "simulator/base/Log.h"
 #include "simulator/base/Result.h"
-#include "simulator/framework/EndSignals.h"
+#include "simulator/framework/EndSignalSource.h"
 #include "simulator/rpc/Binder.h"
 #include "simulator/rpc/MessageHandler.h"
 #include "simulator/rpc/Transport.h"
@@ -59,7 +59,7 @@ class EngineProcess {
 
   const CHandle<GMainContext, g_main_context_unref> m_context;
   const CHandle<GMainLoop, g_main_loop_unref> m_loop;
-  EndSignals m_signals;
+  EndSignalSource m_signals;
   const rpc::Binder m_binder;
   const rpc::MessageHandler m_handler;
   std::shared_ptr<rpc::Transport> m_channel;

@@ -8,18 +8,34 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
+#include <functional>
 #include <optional>
+#include <thread>
 
 #include "simulator/base/UniqueFd.h"
 
 namespace sim::tvsim {
 namespace {
 
-/// Turns of the loop in which everything that is ready has been told, and what is told again and again is seen.
-void RunReadyTurns() {
-  for (int i = 0; i < 10; ++i) {
+using Clock = std::chrono::steady_clock;
+
+/// Runs the loop until `end` has come or `enough` is true.
+void RunUntil(Clock::time_point end, const std::function<bool()>& enough) {
+  while (!enough() && Clock::now() < end) {
     g_main_context_iteration(nullptr, FALSE);
   }
+}
+
+/// False when what has to come does not.
+bool Await(const std::function<bool()>& condition) {
+  RunUntil(Clock::now() + std::chrono::seconds(20), condition);
+  return condition();
+}
+
+/// A thousand times as long as it takes to be told of a descriptor, for what must not come.
+void Linger() {
+  RunUntil(Clock::now() + std::chrono::milliseconds(50), [] { return false; });
 }
 
 class GivenDescriptor : public testing::Test {
@@ -41,12 +57,36 @@ TEST_F(GivenDescriptor, TellsInputAgainUntilItIsTaken) {
       Empty(m_event);
     }
   });
-  RunReadyTurns();
+  Linger();
   EXPECT_EQ(calls, 0);
 
   Fill(m_event);
-  RunReadyTurns();
+  EXPECT_TRUE(Await([&] { return calls == 3; }));
+  Linger();
   EXPECT_EQ(calls, 3);
+}
+
+TEST_F(GivenDescriptor, WakesALoopThatSleeps) {
+  int calls = 0;
+  const FdWatch watch(m_event.Get(), FdWatch::For::kInput, [&] {
+    ++calls;
+    Empty(m_event);
+  });
+  Linger();
+  std::thread peer([this] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    Fill(m_event);
+  });
+
+  // Something else wakes it in the end, so that a watch that does not is found out.
+  const guint end = g_timeout_add_seconds(20, [](gpointer) -> gboolean { return G_SOURCE_CONTINUE; }, nullptr);
+  const auto start = Clock::now();
+  while (calls == 0) {
+    g_main_context_iteration(nullptr, TRUE);
+  }
+  EXPECT_LT(Clock::now() - start, std::chrono::seconds(15));
+  g_source_remove(end);
+  peer.join();
 }
 
 TEST_F(GivenDescriptor, TellsNothingAfterItsEnd) {
@@ -56,7 +96,7 @@ TEST_F(GivenDescriptor, TellsNothingAfterItsEnd) {
   Fill(m_event);
   watch.reset();
 
-  RunReadyTurns();
+  Linger();
   EXPECT_EQ(calls, 0);
 }
 
@@ -69,7 +109,8 @@ TEST_F(GivenDescriptor, MayEndWithinItsCall) {
   });
   Fill(m_event);
 
-  RunReadyTurns();
+  EXPECT_TRUE(Await([&] { return calls == 1; }));
+  Linger();
   EXPECT_EQ(calls, 1);
 }
 
@@ -84,7 +125,8 @@ TEST_F(GivenDescriptor, IsTakenByTheNextWatchOfTheSameNumber) {
   });
   Fill(m_event);
 
-  RunReadyTurns();
+  EXPECT_TRUE(Await([&] { return calls == 1; }));
+  Linger();
   EXPECT_EQ(calls, 1);
 }
 
@@ -94,7 +136,7 @@ TEST_F(GivenDescriptor, OthersAreToldWhileACallRunsTheLoopButItselfIsNot) {
   const FdWatch watch(m_event.Get(), FdWatch::For::kInput, [&] {
     deepest = std::max(deepest, ++depth);
     Fill(other);
-    RunReadyTurns();
+    Linger();
     --depth;
     if (++calls == 2) {
       Empty(m_event);
@@ -106,8 +148,7 @@ TEST_F(GivenDescriptor, OthersAreToldWhileACallRunsTheLoopButItselfIsNot) {
   });
   Fill(m_event);
 
-  RunReadyTurns();
-  EXPECT_EQ(calls, 2);
+  EXPECT_TRUE(Await([&] { return calls == 2; }));
   EXPECT_EQ(deepest, 1);
   EXPECT_EQ(calls_of_other, 2);
 }
@@ -125,12 +166,11 @@ TEST_F(GivenDescriptor, AHangUpIsToldAndInputIsNotWhereOnlyThatIsAskedFor) {
   });
 
   ASSERT_EQ(write(theirs.Get(), "x", 1), 1);
-  RunReadyTurns();
+  Linger();
   EXPECT_EQ(calls, 0);
 
   theirs.Reset();
-  RunReadyTurns();
-  EXPECT_EQ(calls, 1);
+  EXPECT_TRUE(Await([&] { return calls == 1; }));
 }
 
 }  // namespace

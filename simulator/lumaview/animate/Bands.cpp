@@ -3,7 +3,7 @@
 
 #include <system_error>
 
-#include "simulator/lumaview/picture/Thread.h"
+#include "simulator/base/Thread.h"
 
 namespace sim::lumaview {
 namespace {

@@ -9,7 +9,7 @@
 #include <utility>
 
 #include "simulator/base/Log.h"
-#include "simulator/lumaview/picture/Thread.h"
+#include "simulator/base/Thread.h"
 #include "simulator/lumaview/screen/Reply.h"
 
 namespace sim::lumaview {

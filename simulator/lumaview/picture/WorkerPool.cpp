@@ -4,7 +4,7 @@
 #include <system_error>
 #include <utility>
 
-#include "simulator/lumaview/picture/Thread.h"
+#include "simulator/base/Thread.h"
 
 namespace sim::lumaview {
 

@@ -1,17 +1,20 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "simulator/tvsim/engine/FdWatch.h"
 
-#include <glib-unix.h>
+#include <glib.h>
+#include <poll.h>
 #include <sys/epoll.h>
 
+#include <atomic>
 #include <map>
 #include <utility>
 
+#include "simulator/base/Thread.h"
 #include "simulator/base/UniqueFd.h"
 
 namespace sim::tvsim {
 
-/// All watches of the process, and what the main context polls for them. Never ends, as the main context does not.
+/// All watches of the process, and the thread that waits for them. Never ends, as the main context does not.
 class FdWatch::Hub {
  public:
   static Hub& OfProcess() {
@@ -28,16 +31,40 @@ class FdWatch::Hub {
   void Remove(uint64_t number) { m_watches.erase(number); }
 
  private:
+  struct Source {
+    GSource base;
+    Hub* hub;
+  };
+
   Hub() : m_epoll(epoll_create1(EPOLL_CLOEXEC)) {
-    GSource* source = g_unix_fd_source_new(m_epoll.Get(), G_IO_IN);
-    g_source_set_callback(source, G_SOURCE_FUNC(&Hub::OnReady), this, nullptr);
+    static GSourceFuncs functions = {OnPrepare, OnCheck, OnDispatch, nullptr, nullptr, nullptr};
+    GSource* source = g_source_new(&functions, sizeof(Source));
+    reinterpret_cast<Source*>(source)->hub = this;
     g_source_set_can_recurse(source, TRUE);  // for those whose call does not run
     g_source_attach(source, nullptr);
     g_source_unref(source);
+    StartThread("tvsim-watch", [this] { Wait(); }).detach();
   }
 
-  static gboolean OnReady(gint, GIOCondition, gpointer self) {
-    static_cast<Hub*>(self)->TellOne();
+  /// The thread: says that there is something to tell, and then rests until nothing is left.
+  void Wait() {
+    pollfd any{m_epoll.Get(), POLLIN, 0};
+    while (true) {
+      if (poll(&any, 1, -1) == 1) {
+        m_ready = true;
+        g_main_context_wakeup(nullptr);
+        m_ready.wait(true);
+      }
+    }
+  }
+
+  static gboolean OnPrepare(GSource* source, gint* timeout) {
+    *timeout = -1;
+    return OnCheck(source);
+  }
+  static gboolean OnCheck(GSource* source) { return reinterpret_cast<Source*>(source)->hub->m_ready; }
+  static gboolean OnDispatch(GSource* source, GSourceFunc, gpointer) {
+    reinterpret_cast<Source*>(source)->hub->TellOne();
     return G_SOURCE_CONTINUE;
   }
 
@@ -45,6 +72,8 @@ class FdWatch::Hub {
   void TellOne() {
     epoll_event event{};
     if (epoll_wait(m_epoll.Get(), &event, 1, 0) != 1) {
+      m_ready = false;
+      m_ready.notify_one();
       return;
     }
     const uint64_t number = event.data.u64;
@@ -58,6 +87,7 @@ class FdWatch::Hub {
   }
 
   const UniqueFd m_epoll;
+  std::atomic<bool> m_ready{false};  ///< a watch may have something to tell
   std::map<uint64_t, FdWatch*> m_watches;
   uint64_t m_last_number = 0;
 };

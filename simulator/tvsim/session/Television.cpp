@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "simulator/tvsim/session/Television.h"
 
-#include <glib-unix.h>
+#include <glib.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <csignal>
 #include <filesystem>
 #include <utility>
 
@@ -22,9 +21,12 @@ constexpr size_t kLastLines = 8, kRecordedLines = 100;
 
 }  // namespace
 
+Television::Television(TelevisionOptions options)
+    : m_options(std::move(options)),
+      m_signal_watch(m_signals.Descriptor(), FdWatch::For::kInput, [this] { OnSignal(); }) {}
+
 Result<std::unique_ptr<Television>> Television::SwitchOn(TelevisionOptions options) {
   std::unique_ptr<Television> television(new Television(std::move(options)));
-  television->WatchSignals();
   SIM_TRY(television->StartDisplay());
   SIM_TRY(television->StartEngine());
   return television;
@@ -32,20 +34,11 @@ Result<std::unique_ptr<Television>> Television::SwitchOn(TelevisionOptions optio
 
 Television::~Television() {
   m_engine.reset();
-  for (const unsigned int source : m_sources) {
-    g_source_remove(source);
-  }
 }
 
-void Television::WatchSignals() {
-  for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
-    m_sources.push_back(g_unix_signal_add(
-        number,
-        [](gpointer self) -> gboolean {
-          static_cast<Television*>(self)->Interrupt("interrupted");
-          return G_SOURCE_CONTINUE;
-        },
-        this));
+void Television::OnSignal() {
+  if (m_signals.Take()) {
+    Interrupt("interrupted");
   }
 }
 

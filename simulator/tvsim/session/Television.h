@@ -10,7 +10,9 @@
 #include <string>
 #include <vector>
 
+#include "simulator/base/EndSignals.h"
 #include "simulator/tvsim/engine/Engine.h"
+#include "simulator/tvsim/engine/FdWatch.h"
 #include "simulator/tvsim/engine/Wire.h"
 #include "simulator/tvsim/session/Display.h"
 #include "simulator/vconf/include/Store.h"
@@ -115,11 +117,11 @@ class Television {
   void Observe(Observer observer) { m_observers.push_back(std::move(observer)); }
 
  private:
-  explicit Television(TelevisionOptions options) : m_options(std::move(options)) {}
+  explicit Television(TelevisionOptions options);
 
   Status StartDisplay();
   Status StartEngine();
-  void WatchSignals();
+  void OnSignal();
   void Interrupt(const std::string& reason);
   void OnScreenLost(const std::string& reason);
   void OnScreenBack();
@@ -144,6 +146,8 @@ class Television {
   rpc::Answer Await(const std::function<void(rpc::Client::OnAnswer)>& send);
 
   const TelevisionOptions m_options;
+  const EndSignals m_signals;
+  const FdWatch m_signal_watch;
   std::unique_ptr<Display> m_display;
   bool m_screen_was_lost = false;
   std::unique_ptr<vconf::Store> m_store;
@@ -155,7 +159,6 @@ class Television {
   std::deque<SessionEvent> m_history;
   int64_t m_last_sequence = 0;
   std::vector<Observer> m_observers;
-  std::vector<unsigned int> m_sources;
   std::string m_interruption;
 };
 

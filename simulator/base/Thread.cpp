@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "simulator/lumaview/picture/Thread.h"
+#include "simulator/base/Thread.h"
 
 #include <pthread.h>
 
 #include <csignal>
 #include <utility>
 
-namespace sim::lumaview {
+namespace sim {
 namespace {
 
 class BlockedSignals {
@@ -35,4 +35,4 @@ std::thread StartThread(const char* name, std::function<void()> body) {
   });
 }
 
-}  // namespace sim::lumaview
+}  // namespace sim
