@@ -58,15 +58,6 @@ bool IsControl(char c) {
   return (static_cast<unsigned char>(c) < 0x20 && c != '\t') || c == 0x7F;
 }
 
-/// Looks to the end whatever it finds, so that the compiler looks at many characters at once.
-bool HasControl(std::string_view text) {
-  unsigned char found = 0;
-  for (const char c : text) {
-    found |= static_cast<unsigned char>(IsControl(c));
-  }
-  return found != 0;
-}
-
 }  // namespace
 
 void Log(LogLevel level, std::string_view component, std::string_view text) {
@@ -112,27 +103,28 @@ void FlushLog() {
   }
 }
 
-void AppendWithoutControls(std::string& line, std::string_view text) {
-  const size_t from = line.size();
-  line.append(text);
-  SpellOutControls(line, from, line.size());
+/// Looks to the end whatever it finds, so that the compiler looks at many characters at once.
+bool HasControls(std::string_view text) {
+  unsigned char found = 0;
+  for (const char c : text) {
+    found |= static_cast<unsigned char>(IsControl(c));
+  }
+  return found != 0;
 }
 
-void SpellOutControls(std::string& line, size_t from, size_t to) {
-  const std::string_view text = std::string_view(line).substr(from, to - from);
-  if (!HasControl(text)) {
+void AppendWithoutControls(std::string& line, std::string_view text) {
+  if (!HasControls(text)) {
+    line.append(text);
     return;
   }
   constexpr char kDigits[] = "0123456789ABCDEF";
-  std::string spelt;
   for (const char c : text) {
     if (IsControl(c)) {
-      spelt.append("\\x").append(1, kDigits[static_cast<unsigned char>(c) >> 4]).append(1, kDigits[c & 0xF]);
+      line.append("\\x").append(1, kDigits[static_cast<unsigned char>(c) >> 4]).append(1, kDigits[c & 0xF]);
     } else {
-      spelt += c;
+      line += c;
     }
   }
-  line.replace(from, to - from, spelt);
 }
 
 }  // namespace sim

@@ -30,11 +30,11 @@ bool IsLogged(LogLevel level);
 /// Writes `line` as it is, in one write with a line end of its own where it has none, if its level is written.
 void WriteLogLine(LogLevel level, std::string_view line);
 
-/// Appends `text` to `line` with its control characters but tabs as \xNN.
-void AppendWithoutControls(std::string& line, std::string_view text);
+/// Whether there are control characters other than tabs in `text`.
+bool HasControls(std::string_view text);
 
-/// Does so with what stands in `line` already, between two places.
-void SpellOutControls(std::string& line, size_t from, size_t to);
+/// Appends `text` to `line` with these as \xNN.
+void AppendWithoutControls(std::string& line, std::string_view text);
 
 }  // namespace sim
 
