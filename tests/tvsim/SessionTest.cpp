@@ -113,6 +113,7 @@ TEST_F(TvsimFixture, TheCommandThatAnEngineEndedAtIsKept) {
 TEST_F(GivenRunningSession, KillingItsXServerBringsAnotherAndAnotherEngine) {
   const pid_t server = ProcessNamed("Xvfb");
   const pid_t engine = ProcessNamed("fake-engine");
+  ASSERT_GT(server, 0);
 
   kill(server, SIGKILL);
 

@@ -71,7 +71,9 @@ TEST_F(GivenAnEngine, RunGoesOnWithAnotherXServerAndLosesNoPicture) {
   };
   Await("the first pictures", [&] { return shown() > 5; });
 
-  kill(ProcessNamed("Xvfb"), SIGKILL);
+  const pid_t server = ProcessNamed("Xvfb");
+  ASSERT_GT(server, 0) << ContentsOf(PathOf("output")) << ContentsOf(PathOf("errors"));
+  kill(server, SIGKILL);
 
   Await("another screen",
         [&] { return ContentsOf(PathOf("errors")).find("there is a screen again") != std::string::npos; });

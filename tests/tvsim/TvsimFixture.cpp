@@ -133,7 +133,7 @@ pid_t TvsimFixture::ProcessNamed(const std::string& name) const {
       return std::stoi(process.substr(name.size() + 1));
     }
   }
-  return -1;
+  return 0;
 }
 
 std::vector<std::string> TvsimFixture::CrashRecords() const {

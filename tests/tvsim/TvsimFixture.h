@@ -53,6 +53,7 @@ class TvsimFixture : public testing::Test {
   std::string EngineLog() const;
   /// Processes of anybody's that were started by this test's tvsim, with their names.
   std::vector<std::string> Processes() const;
+  /// 0 for none, which must not be killed: that would be everything.
   pid_t ProcessNamed(const std::string& name) const;
   /// What was kept of engines that ended and should not have.
   std::vector<std::string> CrashRecords() const;
