@@ -46,14 +46,16 @@ Client::~Client() {
   m_transport->Close();
 }
 
-Client::CallId Client::Call(std::string_view method, const JsonText& params, OnAnswer onAnswer) {
+Client::CallId Client::Call(std::string_view method, JsonText params, OnAnswer onAnswer) {
   const CallId id = ++m_lastId;
+  OpenCall call{std::string(method), std::move(params), std::move(onAnswer), Clock::now()};
   if (m_closed) {
-    onAnswer(CallError{kConnectionLost, "the connection is closed"});
+    Lose(std::move(call), "the connection is closed");
     return id;
   }
-  m_open.emplace(id, OpenCall{std::move(onAnswer), Clock::now()});
-  m_transport->Send(WriteRequest(method, params, Number(id)));
+  const std::string request = WriteRequest(method, call.params, Number(id));
+  m_open.emplace(id, std::move(call));
+  m_transport->Send(request);
   return id;
 }
 
@@ -86,10 +88,10 @@ void Client::HandleMessage(std::string_view message) {
 }
 
 void Client::HandleClosed(const CloseReason& reason) {
-  const CallError lost{kConnectionLost, "the connection was lost" + (reason.empty() ? "" : ": " + reason)};
   m_closed = true;
   while (!m_open.empty()) {
-    Finish(m_open.begin()->first, lost);
+    Lose(std::move(m_open.extract(m_open.begin()).mapped()),
+         "the connection was lost" + (reason.empty() ? "" : ": " + reason));
   }
   const auto onClosed = m_callbacks.onClosed;  // outlives a client that is released in there
   onClosed(reason);
@@ -98,6 +100,14 @@ void Client::HandleClosed(const CloseReason& reason) {
 void Client::Finish(CallId id, const Answer& answer) {
   if (const auto call = m_open.extract(id)) {
     call.mapped().onAnswer(answer);
+  }
+}
+
+void Client::Lose(OpenCall call, const std::string& reason) {
+  if (m_callbacks.onLost) {
+    m_callbacks.onLost(std::move(call));
+  } else {
+    call.onAnswer(CallError{kConnectionLost, reason});
   }
 }
 

@@ -23,11 +23,20 @@ class Client {
   using Clock = std::chrono::steady_clock;
   using OnAnswer = std::function<void(const Answer&)>;
 
+  struct OpenCall {
+    std::string method;
+    JsonText params;
+    OnAnswer onAnswer;
+    Clock::time_point since;
+  };
+
   struct Callbacks {
     /// `params`: an object, a list, or empty where there were none.
     std::function<void(const std::string& method, const JsonText& params)> onNotification;
-    /// Once, after every open call has failed with kConnectionLost.
+    /// Once, after every open call was lost.
     std::function<void(const CloseReason&)> onClosed;
+    /// Takes over a call that is lost with the connection; where this is empty the call fails with kConnectionLost.
+    std::function<void(OpenCall)> onLost{};
   };
 
   /// Starts `transport`.
@@ -38,7 +47,7 @@ class Client {
 
   /// `params`: an object or a list, or empty. `onAnswer` is called exactly once unless the client is released before;
   /// at once when the connection is closed already.
-  CallId Call(std::string_view method, const JsonText& params, OnAnswer onAnswer);
+  CallId Call(std::string_view method, JsonText params, OnAnswer onAnswer);
 
   /// Fails an open call with `error`, because it took too long for example; a reply that still comes is thrown away.
   /// Nothing happens when the call was answered already.
@@ -50,14 +59,10 @@ class Client {
   std::optional<Clock::time_point> OldestCall() const;
 
  private:
-  struct OpenCall {
-    OnAnswer onAnswer;
-    Clock::time_point since;
-  };
-
   void HandleMessage(std::string_view message);
   void HandleClosed(const CloseReason& reason);
   void Finish(CallId id, const Answer& answer);
+  void Lose(OpenCall call, const std::string& reason);
 
   const std::shared_ptr<Transport> m_transport;
   const Callbacks m_callbacks;

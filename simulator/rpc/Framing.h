@@ -31,6 +31,8 @@ class Framing {
   virtual bool HasNext() const = 0;
   /// The next message that is not empty, in the order of the stream.
   virtual std::optional<Message> Next() = 0;
+  /// Gives back a message that is done with: its memory may be that of a later one.
+  virtual void Reuse(Message) {}
 
   /// Any thread.
   virtual Envelope Around(std::string_view message) const = 0;

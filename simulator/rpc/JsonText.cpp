@@ -119,6 +119,12 @@ ObjectWriter& ObjectWriter::Add(std::string_view name, const JsonText& value) {
   return *this;
 }
 
+ObjectWriter& ObjectWriter::AddText(std::string_view name, std::string_view text, ForeignBytes foreign) {
+  Add(name, {});
+  AppendQuoted(m_text, text, foreign);
+  return *this;
+}
+
 JsonText ObjectWriter::Take() {
   m_text += '}';
   return {std::exchange(m_text, std::string(1, '{'))};
@@ -135,7 +141,8 @@ std::string WriteRequest(std::string_view method, const JsonText& params, const 
   if (!id.text.empty()) {
     request.append(R"(,"id":)").append(id.text);
   }
-  return request += '}';
+  request += '}';
+  return request;
 }
 
 }  // namespace sim::rpc

@@ -42,6 +42,7 @@ class ObjectWriter {
  public:
   ObjectWriter();
   ObjectWriter& Add(std::string_view name, const JsonText& value);
+  ObjectWriter& AddText(std::string_view name, std::string_view text, ForeignBytes foreign = ForeignBytes::kReplace);
   JsonText Take();
 
  private:

@@ -22,6 +22,14 @@ std::optional<LineBuffer::Line> LineBuffer::Next() {
   return line;
 }
 
+void LineBuffer::Reuse(Line line) {
+  constexpr size_t kUsualLine = 4 << 10;
+  if (line.text.capacity() <= kUsualLine) {
+    m_room = std::move(line.text);
+    m_room.clear();
+  }
+}
+
 void LineBuffer::Extend(std::string_view piece) {
   if (m_current.oversized || m_current.text.size() + piece.size() > m_limit) {
     m_current = {.text = {}, .oversized = true};
@@ -37,7 +45,7 @@ void LineBuffer::FinishLine() {
   if (m_current.oversized || !m_current.text.empty()) {
     m_lines.push_back(std::move(m_current));
   }
-  m_current = {};
+  m_current = {.text = std::exchange(m_room, {}), .oversized = false};
 }
 
 }  // namespace sim::rpc

@@ -24,6 +24,7 @@ class LineBuffer final : public Framing {
 
   bool HasNext() const override { return !m_lines.empty(); }
   std::optional<Line> Next() override;
+  void Reuse(Line line) override;
 
   Envelope Around(std::string_view) const override { return {"", "\n"}; }
 
@@ -33,6 +34,7 @@ class LineBuffer final : public Framing {
 
   const size_t m_limit;
   Line m_current;
+  std::string m_room;  ///< empty, for the next line
   std::deque<Line> m_lines;
 };
 

@@ -20,14 +20,14 @@ JsonText WriteError(const CallError& error) {
 constexpr size_t kMostAround = 64;
 
 std::string WriteReply(const JsonText& id, const Answer& answer) {
-  std::string reply = R"({"jsonrpc":"2.0",)";
-  if (const auto* result = std::get_if<JsonText>(&answer)) {
-    reply.reserve(kMostAround + result->text.size() + id.text.size());
-    reply.append(R"("result":)").append(result->text);
-  } else {
-    reply.append(R"("error":)").append(WriteError(std::get<CallError>(answer)).text);
-  }
-  return reply.append(R"(,"id":)").append(id.text) += '}';
+  const auto* result = std::get_if<JsonText>(&answer);
+  const JsonText error = result == nullptr ? WriteError(std::get<CallError>(answer)) : JsonText{};
+  const std::string& content = result != nullptr ? result->text : error.text;
+  std::string reply;
+  reply.reserve(kMostAround + content.size() + id.text.size());
+  reply.append(R"({"jsonrpc":"2.0",)").append(result != nullptr ? R"("result":)" : R"("error":)").append(content);
+  reply.append(R"(,"id":)").append(id.text).append("}");
+  return reply;
 }
 
 }  // namespace
@@ -48,8 +48,11 @@ JsonText DataOf(const ErrorPlace& place) {
 }
 
 ReplyCollector::~ReplyCollector() {
+  if (m_isBatch && !m_replies.empty()) {
+    m_replies.insert(0, "[").append("]");
+  }
   if (!m_replies.empty()) {
-    m_send(m_isBatch ? "[" + m_replies + "]" : m_replies);
+    m_send(m_replies);
   }
 }
 

@@ -151,11 +151,12 @@ void Transport::Step() {
     ReadSome();
   }
   for (int i = 0; i < kBurst && m_source != nullptr; ++i) {
-    const std::optional<Framing::Message> message = m_framing->Next();
+    std::optional<Framing::Message> message = m_framing->Next();
     if (!message) {
       break;
     }
     Deliver(*message);
+    m_framing->Reuse(std::move(*message));
   }
   if (m_source != nullptr && m_atEnd && !m_framing->HasNext()) {
     Finish(m_endReason);

@@ -93,8 +93,8 @@ rpc::Client::OnAnswer Into(Reply reply) {
 }
 
 auto Forward(ControlContext* context, const char* method) {
-  return [context, method](const Command& command, Reply reply) {
-    SendCommand(context->television, method, command.command, command.params, std::move(reply));
+  return [context, method](Command command, Reply reply) {
+    SendCommand(context->television, method, std::move(command.command), command.params, std::move(reply));
   };
 }
 

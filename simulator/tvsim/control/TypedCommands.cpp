@@ -56,6 +56,16 @@ bool TakesPath(const std::string& name) {
   return command != nullptr && command->params[0].name != nullptr && command->params[0].kind == ParamKind::kPath;
 }
 
+/// What the answer to a command needs.
+struct Sent {
+  Sent(rpc::Reply a_reply, std::string a_command, std::string a_path)
+      : reply(std::move(a_reply)), command(std::move(a_command)), path(std::move(a_path)) {}
+
+  rpc::Reply reply;
+  const std::string command;
+  const std::string path;
+};
+
 rpc::JsonText ResultSchema(ResultKind kind) {
   switch (kind) {
     case ResultKind::kDone:
@@ -110,12 +120,12 @@ rpc::MethodEntry TypedCommand(ControlContext* context, const EngineCommand& comm
 
 }  // namespace
 
-void SendCommand(Television& television, const char* method, const std::string& command,
+void SendCommand(Television& television, const char* method, std::string command,
                  const std::vector<std::string>& params, rpc::Reply reply) {
-  auto kept = std::make_shared<rpc::Reply>(std::move(reply));
-  const std::string path = TakesPath(command) && !params.empty() ? params[0] : "";
-  television.SendCommand(method, command, params, [kept, command, path](const rpc::Answer& answer) {
-    (*kept)(WithPlace(answer, command, path));
+  const bool takes_path = TakesPath(command) && !params.empty();
+  const auto sent = std::make_shared<Sent>(std::move(reply), std::move(command), takes_path ? params[0] : "");
+  television.SendCommand(method, sent->command, params, [sent](const rpc::Answer& answer) {
+    sent->reply(WithPlace(answer, sent->command, sent->path));
   });
 }
 

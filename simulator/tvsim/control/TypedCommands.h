@@ -14,7 +14,7 @@ namespace sim::tvsim {
 std::vector<rpc::MethodEntry> TypedCommands(ControlContext* context);
 
 /// Sends a command and gives its answer to `reply`. `method` as for `Television::SendCommand`.
-void SendCommand(Television& television, const char* method, const std::string& command,
+void SendCommand(Television& television, const char* method, std::string command,
                  const std::vector<std::string>& params, rpc::Reply reply);
 
 }  // namespace sim::tvsim

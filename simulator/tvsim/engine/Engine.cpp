@@ -95,31 +95,20 @@ Status Engine::Launch() {
   m_client = std::make_unique<rpc::Client>(
       *transport,
       rpc::Client::Callbacks{[this](const std::string& method, const rpc::JsonText& p) { OnNotification(method, p); },
-                             [this](const rpc::CloseReason&) { OnChannelClosed(); }});
+                             [this](const rpc::CloseReason&) { OnChannelClosed(); },
+                             [this](rpc::Client::OpenCall call) { m_lost_calls.push_back(std::move(call)); }});
   m_end = std::make_unique<FdWatch>(m_process->EndDescriptor(), FdWatch::For::kInput, [this] { OnProcessEnd(); });
   return Ok();
 }
 
-void Engine::Call(std::string_view method, const rpc::JsonText& params, rpc::Client::OnAnswer on_answer) {
+void Engine::Call(std::string_view method, rpc::JsonText params, rpc::Client::OnAnswer on_answer) {
   if (!m_client) {
     on_answer(rpc::Failure(
         rpc::kConnectionLost,
         m_suspended.empty() ? "the engine has ended too often; it is started again in some seconds" : m_suspended));
     return;
   }
-  auto call = std::string(method) + " " + params.text;
-  m_client->Call(method, params,
-                 [this, on_answer = std::move(on_answer), call = std::move(call)](const rpc::Answer& answer) {
-                   const auto* error = std::get_if<rpc::CallError>(&answer);
-                   if (error != nullptr && error->code == rpc::kConnectionLost) {
-                     if (m_lost_calls.empty()) {
-                       m_interrupted_call = call;
-                     }
-                     m_lost_calls.push_back(on_answer);  // until it is known how the engine ended
-                   } else {
-                     on_answer(answer);
-                   }
-                 });
+  m_client->Call(method, std::move(params), std::move(on_answer));
   if (!m_answer_alarm->IsSet()) {
     LookAgainWithin(m_options.answer_limit);
   }
@@ -261,16 +250,15 @@ void Engine::Finish() {
   m_process.reset();
   WriteLastLines();
   m_dead_client = std::move(m_client);
-  if (m_lost_calls.empty()) {
-    m_interrupted_call.clear();
-  }
+  const auto lost_calls = std::exchange(m_lost_calls, {});
+  m_interrupted_call = lost_calls.empty() ? "" : lost_calls.front().method + " " + lost_calls.front().params.text;
   const bool restarted = LaunchAgain();
   m_callbacks.on_exit(end, restarted);
   const rpc::Answer failure =
       std::exchange(m_killed, std::nullopt)
           .value_or(rpc::CallError{rpc::kConnectionLost, "the engine has ended: " + end.Text(), {}});
-  for (const auto& on_answer : std::exchange(m_lost_calls, {})) {
-    on_answer(failure);
+  for (const rpc::Client::OpenCall& call : lost_calls) {
+    call.onAnswer(failure);
   }
 }
 

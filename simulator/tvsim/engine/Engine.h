@@ -71,7 +71,7 @@ class Engine {
 
   /// `on_answer` is called exactly once, unless this engine goes before. When the engine ends or does not answer within
   /// the limit, it is called with an error once the next engine is there.
-  void Call(std::string_view method, const rpc::JsonText& params, rpc::Client::OnAnswer on_answer);
+  void Call(std::string_view method, rpc::JsonText params, rpc::Client::OnAnswer on_answer);
 
   /// Ends the engine and starts none until `Resume`; calls meanwhile fail with `reason`. The end is reported as any
   /// other. Where none is running only the second half happens.
@@ -119,7 +119,7 @@ class Engine {
   std::string m_suspended;                          ///< why none is started; empty: one may be
   std::unique_ptr<Alarm> m_answer_alarm;            ///< is set while calls are open
   std::unique_ptr<Timer> m_patience;                ///< runs between the end of one and of the other
-  std::vector<rpc::Client::OnAnswer> m_lost_calls;  ///< open when the channel was closed
+  std::vector<rpc::Client::OpenCall> m_lost_calls;  ///< until it is known how the engine ended
   std::string m_interrupted_call;
   rpc::Client::Clock::time_point m_told_of_call;  ///< that the log has been told is slow
   int m_restarts = 0;

@@ -9,14 +9,14 @@ std::string StateKeyOf(const Application& application) {
 
 rpc::JsonText ParamsOf(const Application& application) {
   return rpc::ObjectWriter()
-      .Add("applicationId", rpc::Quote(application.id))
-      .Add("widgetId", rpc::Quote(application.widget))
+      .AddText("applicationId", application.id)
+      .AddText("widgetId", application.widget)
       .Take();
 }
 
 rpc::JsonText ParamsOf(const std::string& command, const std::vector<std::string>& params) {
   return rpc::ObjectWriter()
-      .Add("command", rpc::Quote(command, rpc::ForeignBytes::kKeep))
+      .AddText("command", command, rpc::ForeignBytes::kKeep)
       .Add("params", rpc::Quote(params, rpc::ForeignBytes::kKeep))
       .Take();
 }
