@@ -5,7 +5,7 @@
 #include <unistd.h>
 
 #include <fstream>
-#include <sstream>
+#include <regex>
 #include <thread>
 
 namespace sim::tvsim {
@@ -30,16 +30,9 @@ std::string ContentsOf(const std::string& file) {
 
 std::vector<std::string> CommandsIn(const std::string& log) {
   std::vector<std::string> commands;
-  std::istringstream lines(log);
-  const std::string before = "\"command\":\"", between = "\",\"params\":[";
-  for (std::string line; std::getline(lines, line);) {
-    const size_t begin = line.find(before), middle = line.find(between);
-    if (begin == std::string::npos || middle == std::string::npos) {
-      continue;
-    }
-    const size_t name = begin + before.size(), params = middle + between.size();
-    std::string text =
-        line.substr(name, middle - name) + "(" + line.substr(params, line.find(']', params) - params) + ")";
+  const std::regex call(R"re("command":"([^"]*)"(,"params":\[([^\]]*)\])?)re");
+  for (std::sregex_iterator at(log.begin(), log.end(), call); at != std::sregex_iterator(); ++at) {
+    std::string text = at->str(1) + "(" + at->str(3) + ")";
     std::erase(text, '"');
     commands.push_back(text);
   }

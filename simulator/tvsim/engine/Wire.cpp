@@ -15,10 +15,12 @@ rpc::JsonText ParamsOf(const Application& application) {
 }
 
 rpc::JsonText ParamsOf(const std::string& command, const std::vector<std::string>& params) {
-  return rpc::ObjectWriter()
-      .AddText("command", command, rpc::ForeignBytes::kKeep)
-      .Add("params", rpc::Quote(params, rpc::ForeignBytes::kKeep))
-      .Take();
+  rpc::ObjectWriter texts;
+  texts.AddText("command", command, rpc::ForeignBytes::kKeep);
+  if (!params.empty()) {
+    texts.Add("params", rpc::Quote(params, rpc::ForeignBytes::kKeep));
+  }
+  return texts.Take();
 }
 
 std::string TextOf(const rpc::Answer& answer) {
