@@ -41,9 +41,9 @@ class LineText {
     char* const first = MakeRoom(kMostDigits);
     m_size += static_cast<size_t>(std::to_chars(first, first + kMostDigits, number, kBase).ptr - first);
   }
-  /// Where `more` characters can be put; they count once `Append` or `AppendNumber` is through.
+  /// Where `more` characters can be put; they count once `Append` or `AppendNumber` is through. Never null.
   char* MakeRoom(size_t more) {
-    if (more > m_capacity - m_size) {
+    if (more >= m_capacity - m_size) {
       Grow(more);
     }
     return m_room.get() + m_size;

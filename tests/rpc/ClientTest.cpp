@@ -114,6 +114,26 @@ TEST_F(GivenClient, LostConnectionFailsEveryOpenCall) {
   EXPECT_EQ(m_seen.back(), "-32000 the connection is closed ");
 }
 
+TEST_F(GivenClient, LostCallsAreHandedOverWhereThatIsWanted) {
+  auto [ours, peer] = MakeSockets();
+  std::vector<Client::OpenCall> lost;
+  Client client(Connect(std::move(ours)), {.onNotification = [](const std::string&, const JsonText&) {},
+                                           .onClosed = [this](const CloseReason&) { m_seen.emplace_back("closed"); },
+                                           .onLost = [&](Client::OpenCall call) { lost.push_back(std::move(call)); }});
+  client.Call("one", {"[1]"}, [this](const Answer& answer) { m_seen.push_back(Show(answer)); });
+  ReadAvailable(peer);
+  peer.Reset();
+  RunUntil([&] { return !m_seen.empty(); });
+  client.Call("two", {}, [](const Answer&) {});
+
+  EXPECT_THAT(m_seen, ElementsAre("closed"));
+  ASSERT_EQ(lost.size(), 2u);
+  EXPECT_EQ(lost[0].method + lost[0].params.text, "one[1]");
+  EXPECT_EQ(lost[1].method + lost[1].params.text, "two");
+  lost[0].onAnswer(JsonText{"7"});
+  EXPECT_EQ(m_seen.back(), "7");
+}
+
 TEST_F(GivenClient, AbandonedCallIsAnsweredOnce) {
   const Client::CallId id = Call("one");
   m_client->Abandon(id, {-32001, "too slow"});

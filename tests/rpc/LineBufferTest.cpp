@@ -50,6 +50,30 @@ TEST_F(GivenLineBuffer, LineOfTheLimitIsWhole) {
   EXPECT_THAT(TakeAll(), ElementsAre("12345678"));
 }
 
+TEST_F(GivenLineBuffer, MemoryThatIsGivenBackServesALaterLineWithoutItsText) {
+  LineBuffer buffer(1 << 20);
+  buffer.Append(std::string(100, 'x') + "\n");
+  auto first = buffer.Next();
+  const char* const memory = first->text.data();
+  buffer.Reuse(std::move(*first));
+  buffer.Append("a\nb\n");  // "a" was begun before there was any
+
+  EXPECT_EQ(buffer.Next()->text, "a");
+  const auto second = buffer.Next();
+  EXPECT_EQ(second->text, "b");
+  EXPECT_EQ(second->text.data(), memory);
+}
+
+TEST_F(GivenLineBuffer, MemoryOfALongLineIsNotKept) {
+  LineBuffer buffer(1 << 20);
+  buffer.Append(std::string(100000, 'x') + "\n");
+  buffer.Reuse(std::move(*buffer.Next()));
+  buffer.Append("a\nb\n");
+
+  buffer.Next();
+  EXPECT_LT(buffer.Next()->text.capacity(), 100000u);
+}
+
 TEST_F(GivenLineBuffer, LineAboveTheLimitIsReportedOnceAndTheNextIsWhole) {
   m_buffer.Append("123456789\n12345");
   m_buffer.Append("6789abcdefghijklmnop");

@@ -79,7 +79,8 @@ TEST_F(GivenDescriptor, WakesALoopThatSleeps) {
   });
 
   // Something else wakes it in the end, so that a watch that does not is found out.
-  const guint end = g_timeout_add_seconds(20, [](gpointer) -> gboolean { return G_SOURCE_CONTINUE; }, nullptr);
+  const guint end = g_timeout_add_seconds(
+      20, [](gpointer) -> gboolean { return G_SOURCE_CONTINUE; }, nullptr);
   const auto start = Clock::now();
   while (calls == 0) {
     g_main_context_iteration(nullptr, TRUE);

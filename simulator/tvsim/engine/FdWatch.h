@@ -8,8 +8,8 @@
 namespace sim::tvsim {
 
 /// Calls a function as often as a descriptor has something to tell, but not while that call runs, which may run the
-/// main context. For descriptors that hardly ever do: a thread waits for all of them together and wakes the default main
-/// context, as each that the context polls by itself costs every command of a client its share. Loop thread only.
+/// main context. For descriptors that hardly ever do: a thread waits for all of them together and wakes the default
+/// main context, as each that the context polls by itself costs every command of a client its share. Loop thread only.
 class FdWatch {
  public:
   enum class For {

@@ -8,10 +8,7 @@ std::string StateKeyOf(const Application& application) {
 }
 
 rpc::JsonText ParamsOf(const Application& application) {
-  return rpc::ObjectWriter()
-      .AddText("applicationId", application.id)
-      .AddText("widgetId", application.widget)
-      .Take();
+  return rpc::ObjectWriter().AddText("applicationId", application.id).AddText("widgetId", application.widget).Take();
 }
 
 rpc::JsonText ParamsOf(const std::string& command, const std::vector<std::string>& params) {
