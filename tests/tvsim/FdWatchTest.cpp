@@ -137,6 +137,7 @@ TEST_F(GivenDescriptor, OthersAreToldWhileACallRunsTheLoopButItselfIsNot) {
   const FdWatch watch(m_event.Get(), FdWatch::For::kInput, [&] {
     deepest = std::max(deepest, ++depth);
     Fill(other);
+    Await([&] { return calls_of_other == calls + 1; });
     Linger();
     --depth;
     if (++calls == 2) {
