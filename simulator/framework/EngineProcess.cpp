@@ -8,6 +8,7 @@
 #include "simulator/base/LogStage.h"
 #include "simulator/framework/Channel.h"
 #include "simulator/framework/EventSender.h"
+#include "simulator/rpc/EagerPoll.h"
 #include "simulator/vconf/include/vconf_simulator.h"
 
 namespace sim::framework {
@@ -67,6 +68,7 @@ void EngineProcess::Run() {
       Quit(LogLevel::kError, "the channel is lost: " + reason);
     }
   });
+  rpc::PollEagerly(m_context.get());
   g_main_loop_run(m_loop.get());
 }
 

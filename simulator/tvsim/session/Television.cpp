@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "simulator/base/Faults.h"
+#include "simulator/rpc/EagerPoll.h"
 #include "simulator/tvsim/Console.h"
 #include "simulator/tvsim/engine/CrashRecord.h"
 #include "simulator/tvsim/engine/LogTail.h"
@@ -23,7 +24,9 @@ constexpr size_t kLastLines = 8, kRecordedLines = 100;
 
 Television::Television(TelevisionOptions options)
     : m_options(std::move(options)),
-      m_signal_watch(m_signals.Descriptor(), FdWatch::For::kInput, [this] { OnSignal(); }) {}
+      m_signal_watch(m_signals.Descriptor(), FdWatch::For::kInput, [this] { OnSignal(); }) {
+  rpc::PollEagerly(g_main_context_default());
+}
 
 Result<std::unique_ptr<Television>> Television::SwitchOn(TelevisionOptions options) {
   std::unique_ptr<Television> television(new Television(std::move(options)));
