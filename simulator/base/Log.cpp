@@ -42,8 +42,10 @@ LogStage*& Stage() {
   return stage;
 }
 
-void WriteToFile(std::string_view lines) {
-  File().Write(lines);
+/// Made on first use and never destroyed, like the file.
+const LogStage::Writer& FileWriter() {
+  static const auto* const writer = new LogStage::Writer([](std::string_view lines) { File().Write(lines); });
+  return *writer;
 }
 
 unsigned int HighestLevel() {
@@ -79,9 +81,9 @@ void WriteLogLine(LogLevel level, std::string_view line) {
     return WriteLogLine(level, std::string(line) + '\n');
   }
   if (LogStage* stage = Stage()) {
-    stage->Add(line, WriteToFile);
+    stage->Add(line, FileWriter());
   } else {
-    WriteToFile(line);
+    File().Write(line);
   }
 }
 
@@ -93,13 +95,13 @@ HeldLog::HeldLog() {
 
 HeldLog::~HeldLog() {
   if (LogStage* stage = Stage()) {
-    stage->Release(WriteToFile);
+    stage->Release(FileWriter());
   }
 }
 
 void FlushLog() {
   if (LogStage* stage = Stage()) {
-    stage->Flush(WriteToFile);
+    stage->Flush(FileWriter());
   }
 }
 

@@ -7,10 +7,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
-#include <ctime>
 
 namespace sim {
 namespace {
@@ -18,26 +18,19 @@ namespace {
 constexpr uint64_t kMagic = 0x6567617453676f4c;
 /// A command logs ten lines of a hundred bytes; one that logs more than this has other things to wait for.
 constexpr size_t kRoom = 60 << 10;
-/// Who follows the log of a long command sees it grow.
-constexpr int64_t kLongestHold = 10;
-
-/// Milliseconds, as exact as the system's tick: a look costs less than what it saves.
-int64_t Now() {
-  timespec now{};
-  clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
-  return int64_t{now.tv_sec} * 1000 + now.tv_nsec / 1000000;
-}
 
 }  // namespace
 
+/// Who holds his lines adds to them without the lock, as a command has many; all else is done with it.
 struct LogStage::Shared {
   uint64_t magic;
   pthread_mutex_t mutex;
-  bool held;
-  int64_t since;
-  size_t used;
+  std::atomic<pthread_t> holder;  ///< 0: nobody; a library has no other place that it shares with the others
+  std::atomic<size_t> used;       ///< bytes that the holder has added
+  size_t written;                 ///< of these
   char lines[kRoom];
 };
+static_assert(std::atomic<pthread_t>::is_always_lock_free && std::atomic<size_t>::is_always_lock_free);
 
 /// A process that is killed while it has the lock leaves everything in order: what was not counted is not there.
 class LogStage::Lock {
@@ -98,29 +91,34 @@ LogStage::~LogStage() {
   munmap(m_shared, sizeof(Shared));
 }
 
+bool LogStage::IsHolder() const {
+  return m_shared->holder.load(std::memory_order_relaxed) == pthread_self();
+}
+
 void LogStage::Hold() {
-  const Lock lock(*m_shared);
-  m_shared->held = true;
-  m_shared->since = Now();
+  m_shared->holder.store(pthread_self(), std::memory_order_relaxed);
 }
 
 void LogStage::Release(const Writer& write) {
   const Lock lock(*m_shared);
-  m_shared->held = false;
   FlushLocked(write);
+  BeginAnewLocked();
+  m_shared->holder.store(0, std::memory_order_relaxed);
 }
 
 void LogStage::Add(std::string_view line, const Writer& write) {
+  if (IsHolder() && Keep(line)) {
+    return;
+  }
   const Lock lock(*m_shared);
-  m_shared->held = m_shared->held && Now() - m_shared->since <= kLongestHold;
-  if (!m_shared->held || line.size() > kRoom - m_shared->used) {
-    FlushLocked(write);
+  FlushLocked(write);
+  if (IsHolder()) {
+    BeginAnewLocked();
+    if (Keep(line)) {
+      return;
+    }
   }
-  if (!m_shared->held || line.size() > kRoom) {
-    return write(line);
-  }
-  std::memcpy(m_shared->lines + m_shared->used, line.data(), line.size());
-  m_shared->used += line.size();
+  write(line);
 }
 
 void LogStage::Flush(const Writer& write) {
@@ -128,11 +126,29 @@ void LogStage::Flush(const Writer& write) {
   FlushLocked(write);
 }
 
-void LogStage::FlushLocked(const Writer& write) {
-  if (m_shared->used > 0) {
-    write({m_shared->lines, m_shared->used});
-    m_shared->used = 0;
+/// The holder's. False when there is no room; it counts, for whoever else looks, once it is there as a whole.
+bool LogStage::Keep(std::string_view line) {
+  const size_t used = m_shared->used.load(std::memory_order_relaxed);
+  if (line.size() > kRoom - used) {
+    return false;
   }
+  std::memcpy(m_shared->lines + used, line.data(), line.size());
+  m_shared->used.store(used + line.size(), std::memory_order_release);
+  return true;
+}
+
+void LogStage::FlushLocked(const Writer& write) {
+  const size_t used = m_shared->used.load(std::memory_order_acquire);
+  if (used > m_shared->written) {
+    write({m_shared->lines + m_shared->written, used - m_shared->written});
+    m_shared->written = used;
+  }
+}
+
+/// When all is written. The holder only, as he may add to the lines at any time.
+void LogStage::BeginAnewLocked() {
+  m_shared->used.store(0, std::memory_order_relaxed);
+  m_shared->written = 0;
 }
 
 }  // namespace sim

@@ -11,9 +11,9 @@
 
 namespace sim {
 
-/// Memory in which lines of a log wait while somebody holds them, so that those of a command cost one write together.
-/// The process that logs shares it with the one that started it: no line is lost when it is killed, and those of a
-/// process that hangs can be written too. Any thread; not inherited by processes that are forked.
+/// Memory in which a thread's lines of a log wait while it holds them, so that those of a command cost one write
+/// together. The process that logs shares it with the one that started it: no line is lost when it is killed, and those
+/// of a process that hangs can be written too. Any thread; not inherited by processes that are forked.
 class LogStage {
  public:
   using Writer = std::function<void(std::string_view lines)>;
@@ -26,11 +26,12 @@ class LogStage {
   LogStage(const LogStage&) = delete;
   LogStage& operator=(const LogStage&) = delete;
 
-  /// Lines wait from now on: until `Release`, until there is no room, or until a line comes that is later by kLongest.
+  /// The calling thread's lines wait from now on: until `Release`, until there is no room, or until another thread has
+  /// a line. One thread at a time.
   void Hold();
   void Release(const Writer& write);
 
-  /// Keeps `line`, or writes it behind those that waited.
+  /// Keeps `line` if the calling thread holds its lines, or writes it behind those that waited.
   void Add(std::string_view line, const Writer& write);
   /// Writes those that wait.
   void Flush(const Writer& write);
@@ -40,12 +41,15 @@ class LogStage {
   class Lock;
   explicit LogStage(Shared* shared) : m_shared(shared) {}
 
+  bool IsHolder() const;
+  bool Keep(std::string_view line);
   void FlushLocked(const Writer& write);
+  void BeginAnewLocked();
 
   Shared* const m_shared;
 };
 
-/// Holds this process's log lines for a scope, where it was given a stage. One scope at a time.
+/// Holds the calling thread's log lines for a scope, where its process was given a stage. One scope at a time.
 class HeldLog {
  public:
   HeldLog();

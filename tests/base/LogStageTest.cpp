@@ -8,6 +8,7 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <map>
 #include <string>
 #include <thread>
 #include <vector>
@@ -52,6 +53,17 @@ TEST_F(GivenStage, LinesThatAreFlushedStayHeldAfterThat) {
   EXPECT_EQ(m_written, (std::vector<std::string>{"one\n"}));
 }
 
+TEST_F(GivenStage, LinesOfAnotherThreadAreWrittenBehindThoseThatAreHeld) {
+  m_stage->Hold();
+  Add("one\n");
+  std::thread([this] { Add("two\n"); }).join();
+  EXPECT_EQ(m_written, (std::vector<std::string>{"one\n", "two\n"}));
+  Add("three\n");
+  Add("four\n");
+  m_stage->Release(m_write);
+  EXPECT_EQ(m_written, (std::vector<std::string>{"one\n", "two\n", "three\nfour\n"}));
+}
+
 TEST_F(GivenStage, LinesThatDoNotFitKeepTheirOrder) {
   const std::string longLine = std::string(40 << 10, 'a') + '\n', hugeLine = std::string(100 << 10, 'b') + '\n';
   m_stage->Hold();
@@ -65,15 +77,18 @@ TEST_F(GivenStage, LinesThatDoNotFitKeepTheirOrder) {
 }
 
 TEST_F(GivenStage, LinesOfManyThreadsStayWhole) {
+  constexpr int kLines = 1000;
   std::vector<std::thread> threads;
+  const auto add_all = [this](char name) {
+    for (int i = 0; i < kLines; ++i) {
+      Add(std::string(95, name) + std::to_string(1000 + i) + '\n');
+    }
+  };
   m_stage->Hold();
   for (char name = 'a'; name < 'e'; ++name) {
-    threads.emplace_back([this, name] {
-      for (int i = 0; i < 1000; ++i) {
-        Add(std::string(99, name) + '\n');
-      }
-    });
+    threads.emplace_back(add_all, name);
   }
+  add_all('h');
   for (std::thread& thread : threads) {
     thread.join();
   }
@@ -82,10 +97,12 @@ TEST_F(GivenStage, LinesOfManyThreadsStayWhole) {
   for (const std::string& lines : m_written) {
     all += lines;
   }
-  ASSERT_EQ(all.size(), 4000u * 100);
+  std::map<char, int> counts;
   for (size_t line = 0; line < all.size(); line += 100) {
-    EXPECT_EQ(all.substr(line, 100), std::string(99, all[line]) + '\n');
+    const char name = all[line];
+    EXPECT_EQ(all.substr(line, 100), std::string(95, name) + std::to_string(1000 + counts[name]++) + '\n');
   }
+  EXPECT_EQ(counts, (std::map<char, int>{{'a', kLines}, {'b', kLines}, {'c', kLines}, {'d', kLines}, {'h', kLines}}));
 }
 
 TEST_F(GivenStage, OtherDescriptorsAreRefused) {
