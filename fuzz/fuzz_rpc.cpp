@@ -38,11 +38,14 @@ const Binder& GetBinder() {
 }
 
 /// A reply has to be JSON on one line.
-void Check(std::string_view reply) {
-  if (!IsJson(reply) || reply.find('\n') != std::string_view::npos) {
-    std::abort();
+struct CheckingSink final : MessageSink {
+  bool Send(std::string_view reply) override {
+    if (!IsJson(reply) || reply.find('\n') != std::string_view::npos) {
+      std::abort();
+    }
+    return true;
   }
-}
+};
 
 void CheckMember(const nlohmann::json& json, const char* name, std::string_view read) {
   const bool same =
@@ -79,6 +82,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   }
   const size_t piece = 1 + data[0] / 2;
   const MessageHandler handler(GetBinder());
+  const auto sink = std::make_shared<CheckingSink>();
   std::string_view bytes(reinterpret_cast<const char*>(data) + 1, size - 1);
   while (!bytes.empty()) {
     framing->Append(bytes.substr(0, piece));
@@ -91,7 +95,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
       std::abort();
     }
     CheckPlain(message->text);
-    handler.Handle(message->text, Check);
+    handler.Handle(message->text, sink);
   }
   return 0;
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "simulator/rpc/Client.h"
 
+#include <algorithm>
 #include <nlohmann/json.hpp>
 #include <utility>
 
@@ -48,13 +49,13 @@ Client::~Client() {
 
 Client::CallId Client::Call(std::string_view method, JsonText params, OnAnswer onAnswer) {
   const CallId id = ++m_lastId;
-  OpenCall call{std::string(method), std::move(params), std::move(onAnswer), Clock::now()};
+  OpenCall call{id, std::string(method), std::move(params), std::move(onAnswer), Clock::now()};
   if (m_closed) {
     Lose(std::move(call), "the connection is closed");
     return id;
   }
   const std::string request = WriteRequest(method, call.params, Number(id));
-  m_open.emplace(id, std::move(call));
+  m_open.push_back(std::move(call));
   m_transport->Send(request);
   return id;
 }
@@ -90,17 +91,22 @@ void Client::HandleMessage(std::string_view message) {
 void Client::HandleClosed(const CloseReason& reason) {
   m_closed = true;
   while (!m_open.empty()) {
-    Lose(std::move(m_open.extract(m_open.begin()).mapped()),
-         "the connection was lost" + (reason.empty() ? "" : ": " + reason));
+    OpenCall call = std::move(m_open.front());
+    m_open.pop_front();
+    Lose(std::move(call), "the connection was lost" + (reason.empty() ? "" : ": " + reason));
   }
   const auto onClosed = m_callbacks.onClosed;  // outlives a client that is released in there
   onClosed(reason);
 }
 
 void Client::Finish(CallId id, const Answer& answer) {
-  if (const auto call = m_open.extract(id)) {
-    call.mapped().onAnswer(answer);
+  const auto found = std::ranges::lower_bound(m_open, id, {}, &OpenCall::id);
+  if (found == m_open.end() || found->id != id) {
+    return;
   }
+  const OnAnswer onAnswer = std::move(found->onAnswer);
+  m_open.erase(found);
+  onAnswer(answer);
 }
 
 void Client::Lose(OpenCall call, const std::string& reason) {
@@ -112,7 +118,7 @@ void Client::Lose(OpenCall call, const std::string& reason) {
 }
 
 std::optional<Client::Clock::time_point> Client::OldestCall() const {
-  return m_open.empty() ? std::nullopt : std::optional(m_open.begin()->second.since);
+  return m_open.empty() ? std::nullopt : std::optional(m_open.front().since);
 }
 
 }  // namespace sim::rpc

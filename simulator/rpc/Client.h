@@ -3,8 +3,8 @@
 #define SIMULATOR_RPC_CLIENT_H
 
 #include <chrono>
+#include <deque>
 #include <functional>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -24,6 +24,7 @@ class Client {
   using OnAnswer = std::function<void(const Answer&)>;
 
   struct OpenCall {
+    CallId id = 0;
     std::string method;
     JsonText params;
     OnAnswer onAnswer;
@@ -66,7 +67,7 @@ class Client {
 
   const std::shared_ptr<Transport> m_transport;
   const Callbacks m_callbacks;
-  std::map<CallId, OpenCall> m_open;
+  std::deque<OpenCall> m_open;  ///< oldest first
   CallId m_lastId = 0;
   bool m_closed = false;
 };

@@ -13,7 +13,7 @@ namespace sim::rpc {
 class Framing {
  public:
   struct Message {
-    std::string text;        ///< empty when the message was oversized
+    std::string_view text;   ///< empty when the message was oversized; good until the next `Append` or `Next`
     bool oversized = false;  ///< it was longer than the limit and has been thrown away
   };
   /// What is sent before and after a message.
@@ -31,8 +31,6 @@ class Framing {
   virtual bool HasNext() const = 0;
   /// The next message that is not empty, in the order of the stream.
   virtual std::optional<Message> Next() = 0;
-  /// Gives back a message that is done with: its memory may be that of a later one.
-  virtual void Reuse(Message) {}
 
   /// Any thread.
   virtual Envelope Around(std::string_view message) const = 0;

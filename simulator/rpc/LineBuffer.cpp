@@ -4,48 +4,65 @@
 #include <utility>
 
 namespace sim::rpc {
+namespace {
+
+/// Room that is kept for later lines: for many usual ones at once.
+constexpr size_t kUsualRoom = 16 << 10;
+
+}  // namespace
 
 void LineBuffer::Append(std::string_view bytes) {
-  for (size_t end; (end = bytes.find('\n')) != std::string_view::npos; bytes.remove_prefix(end + 1)) {
-    Extend(bytes.substr(0, end));
-    FinishLine();
+  if (m_next) {
+    m_bytes += bytes;
+    return;
   }
-  Extend(bytes);
+  ForgetTaken();
+  m_bytes += bytes;
+  FindNext();
 }
 
-std::optional<LineBuffer::Line> LineBuffer::Next() {
-  if (m_lines.empty()) {
+std::optional<Framing::Message> LineBuffer::Next() {
+  if (!m_next) {
+    ForgetTaken();
     return std::nullopt;
   }
-  Line line = std::move(m_lines.front());
-  m_lines.pop_front();
-  return line;
+  const Line line = *m_next;
+  FindNext();
+  return Message{std::string_view(m_bytes).substr(line.begin, line.size), line.oversized};
 }
 
-void LineBuffer::Reuse(Line line) {
-  constexpr size_t kUsualLine = 4 << 10;
-  if (line.text.capacity() <= kUsualLine) {
-    m_room = std::move(line.text);
-    m_room.clear();
+void LineBuffer::FindNext() {
+  m_next.reset();
+  for (size_t end; !m_next && (end = m_bytes.find('\n', m_begin + m_searched)) != std::string::npos;) {
+    Line line{m_begin, end - m_begin, std::exchange(m_isOversized, false) || end - m_begin > m_limit};
+    m_begin = end + 1;
+    m_searched = 0;
+    if (line.size > 0 && m_bytes[end - 1] == '\r') {
+      --line.size;
+    }
+    if (line.oversized) {
+      m_next = {.begin = line.begin, .size = 0, .oversized = true};
+    } else if (line.size > 0) {
+      m_next = line;
+    }
+  }
+  if (m_next) {
+    return;
+  }
+  m_searched = m_bytes.size() - m_begin;
+  if (m_isOversized || m_searched > m_limit) {
+    m_isOversized = true;
+    m_bytes.resize(m_begin);
+    m_searched = 0;
   }
 }
 
-void LineBuffer::Extend(std::string_view piece) {
-  if (m_current.oversized || m_current.text.size() + piece.size() > m_limit) {
-    m_current = {.text = {}, .oversized = true};
-  } else {
-    m_current.text += piece;
+/// Nobody has a part of it any more.
+void LineBuffer::ForgetTaken() {
+  m_bytes.erase(0, std::exchange(m_begin, 0));
+  if (m_bytes.empty() && m_bytes.capacity() > kUsualRoom) {
+    m_bytes.shrink_to_fit();
   }
-}
-
-void LineBuffer::FinishLine() {
-  if (m_current.text.ends_with('\r')) {
-    m_current.text.pop_back();
-  }
-  if (m_current.oversized || !m_current.text.empty()) {
-    m_lines.push_back(std::move(m_current));
-  }
-  m_current = {.text = std::exchange(m_room, {}), .oversized = false};
 }
 
 }  // namespace sim::rpc

@@ -2,7 +2,6 @@
 #ifndef SIMULATOR_RPC_LINEBUFFER_H
 #define SIMULATOR_RPC_LINEBUFFER_H
 
-#include <deque>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -14,28 +13,33 @@ namespace sim::rpc {
 /// Messages as lines. Holds at most one line of `limit` bytes and what came with its end.
 class LineBuffer final : public Framing {
  public:
-  using Line = Message;
-
   explicit LineBuffer(size_t limit) : m_limit(limit) {}
 
   void Append(std::string_view bytes) override;
   /// What stands without a line end is a line too.
-  void End() override { FinishLine(); }
+  void End() override { Append("\n"); }
 
-  bool HasNext() const override { return !m_lines.empty(); }
-  std::optional<Line> Next() override;
-  void Reuse(Line line) override;
+  bool HasNext() const override { return m_next.has_value(); }
+  std::optional<Message> Next() override;
 
   Envelope Around(std::string_view) const override { return {"", "\n"}; }
 
  private:
-  void Extend(std::string_view piece);
-  void FinishLine();
+  struct Line {
+    size_t begin = 0;
+    size_t size = 0;
+    bool oversized = false;
+  };
+
+  void FindNext();
+  void ForgetTaken();
 
   const size_t m_limit;
-  Line m_current;
-  std::string m_room;  ///< empty, for the next line
-  std::deque<Line> m_lines;
+  std::string m_bytes;
+  size_t m_begin = 0;          ///< of the line that is looked for, behind those that were found
+  size_t m_searched = 0;       ///< bytes of it in which no line end is
+  bool m_isOversized = false;  ///< it is, and what came of it is not kept
+  std::optional<Line> m_next;
 };
 
 }  // namespace sim::rpc

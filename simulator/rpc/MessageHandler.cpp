@@ -76,36 +76,36 @@ std::string MethodHint(const Binder& binder) {
   return names;
 }
 
-void Refuse(ReplyCollector::Send send, int code, const char* reason, const char* hint = kRequestHint) {
-  Reply(std::make_shared<ReplyCollector>(std::move(send), false),
+void Refuse(std::shared_ptr<MessageSink> sink, int code, const char* reason, const char* hint = kRequestHint) {
+  Reply(std::make_shared<ReplyCollector>(std::move(sink), false),
         {"null"})(Failure(code, reason, {.stage = "message", .hint = hint}));
 }
 
 }  // namespace
 
-void MessageHandler::Handle(std::string_view message, ReplyCollector::Send send) const {
+void MessageHandler::Handle(std::string_view message, std::shared_ptr<MessageSink> sink) const {
   if (const auto plain = PlainMessage::Read(message); plain && plain->IsCall()) {
-    Reply reply(std::make_shared<ReplyCollector>(std::move(send), false), {std::string(plain->id)});
+    Reply reply(std::make_shared<ReplyCollector>(std::move(sink), false), {std::string(plain->id)});
     return Run(plain->MethodName(), Params(plain->params), std::move(reply));
   }
   const Json json = Parse(message);
   if (json.is_discarded()) {
-    return Refuse(std::move(send), kParseError, "the message is not JSON, or nested too deep");
+    return Refuse(std::move(sink), kParseError, "the message is not JSON, or nested too deep");
   }
   if (!json.is_array()) {
-    return HandleOne(json, std::make_shared<ReplyCollector>(std::move(send), false));
+    return HandleOne(json, std::make_shared<ReplyCollector>(std::move(sink), false));
   }
   if (const char* fault = FindBatchFault(json)) {
-    return Refuse(std::move(send), kInvalidRequest, fault);
+    return Refuse(std::move(sink), kInvalidRequest, fault);
   }
-  const auto collector = std::make_shared<ReplyCollector>(std::move(send), true);
+  const auto collector = std::make_shared<ReplyCollector>(std::move(sink), true);
   for (const Json& request : json) {
     HandleOne(request, collector);
   }
 }
 
-void MessageHandler::RefuseOversized(const ReplyCollector::Send& send) {
-  Refuse(send, kInvalidRequest, "the message is too long", "a message may have 1 MiB");
+void MessageHandler::RefuseOversized(std::shared_ptr<MessageSink> sink) {
+  Refuse(std::move(sink), kInvalidRequest, "the message is too long", "a message may have 1 MiB");
 }
 
 void MessageHandler::HandleOne(const Json& request, const std::shared_ptr<ReplyCollector>& collector) const {
@@ -129,12 +129,10 @@ void MessageHandler::Run(std::string_view name, const Params& params, Reply repl
 void Serve(const std::shared_ptr<Transport>& transport, const MessageHandler& handler,
            std::function<void(const CloseReason&)> onClosed) {
   // The callbacks belong to the transport, so they must not keep it; the replies do.
-  const auto sender = [weak = std::weak_ptr(transport)]() -> ReplyCollector::Send {
-    return [transport = weak.lock()](std::string_view message) { transport->Send(message); };
-  };
+  const std::weak_ptr<Transport> connection = transport;
   transport->Start({
-      .onMessage = [&handler, sender](std::string_view line) { handler.Handle(line, sender()); },
-      .onOversized = [sender] { MessageHandler::RefuseOversized(sender()); },
+      .onMessage = [&handler, connection](std::string_view line) { handler.Handle(line, connection.lock()); },
+      .onOversized = [connection] { MessageHandler::RefuseOversized(connection.lock()); },
       .onClosed = std::move(onClosed),
   });
 }

@@ -24,12 +24,12 @@ class MessageHandler {
   /// `binder` outlives the handler.
   explicit MessageHandler(const Binder& binder) : m_binder(binder) {}
 
-  /// Runs what `message` asks for, the requests of a batch one after the other. `send` is called at most once, now or
+  /// Runs what `message` asks for, the requests of a batch one after the other. `sink` gets at most one message, now or
   /// when the last reply comes; it is released then, or at once where nothing is to be sent.
-  void Handle(std::string_view message, ReplyCollector::Send send) const;
+  void Handle(std::string_view message, std::shared_ptr<MessageSink> sink) const;
 
   /// The reply to a message that was longer than the transport allows.
-  static void RefuseOversized(const ReplyCollector::Send& send);
+  static void RefuseOversized(std::shared_ptr<MessageSink> sink);
 
  private:
   void HandleOne(const nlohmann::json& request, const std::shared_ptr<ReplyCollector>& collector) const;

@@ -68,22 +68,24 @@ bool PlainReader::TakeText(std::string_view& text) {
   return TakeWord("\"");
 }
 
+/// Characters of the whole number that comes next; 0 where none does.
+size_t PlainReader::CountInteger() {
+  const size_t sign = Next() == '-' ? 1 : 0;
+  size_t end = sign;
+  while (end < m_rest.size() && IsDigit(m_rest[end])) {
+    ++end;
+  }
+  const size_t digits = end - sign;
+  const bool isOdd = digits > 0 && m_rest[sign] == '0' && end > 1;  // -0, 007
+  const bool isBroken = end < m_rest.size() && (m_rest[end] == '.' || m_rest[end] == 'e' || m_rest[end] == 'E');
+  return digits <= kMostDigits && digits > 0 && !isOdd && !isBroken ? end : 0;
+}
+
 bool PlainReader::TakeInteger(int64_t& number) {
-  const bool negative = Next() == '-';
-  const std::string_view digits = m_rest.substr(negative ? 1 : 0);
-  size_t length = 0;
-  while (length < digits.size() && IsDigit(digits[length])) {
-    ++length;
-  }
-  const bool isOdd = digits.starts_with('0') && (negative || length > 1);  // -0, 007
-  const bool isBroken =
-      length < digits.size() && std::string_view(".eE").find(digits[length]) != std::string_view::npos;
-  if (length == 0 || length > kMostDigits || isOdd || isBroken) {
-    return false;
-  }
-  std::from_chars(m_rest.data(), digits.data() + length, number);
-  m_rest = digits.substr(length);
-  return true;
+  const size_t count = CountInteger();
+  std::from_chars(m_rest.data(), m_rest.data() + count, number);
+  m_rest.remove_prefix(count);
+  return count > 0;
 }
 
 bool PlainReader::TakeBoolean(bool& value) {
@@ -111,7 +113,6 @@ bool PlainReader::TakeValue(std::string_view& json) {
 
 bool PlainReader::SkipValue(int levels) {
   std::string_view text;
-  int64_t number = 0;
   bool flag = false;
   switch (Next()) {
     case '"':
@@ -125,8 +126,11 @@ bool PlainReader::SkipValue(int levels) {
       return levels > 0 && TakeObject([&](std::string_view) { return SkipValue(levels - 1); });
     case '[':
       return levels > 0 && TakeList([&] { return SkipValue(levels - 1); });
-    default:
-      return TakeInteger(number);
+    default: {
+      const size_t count = CountInteger();
+      m_rest.remove_prefix(count);
+      return count > 0;
+    }
   }
 }
 

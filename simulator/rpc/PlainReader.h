@@ -63,6 +63,7 @@ class PlainReader {
 
   bool TakeWord(std::string_view word);
   bool SkipValue(int levels);
+  size_t CountInteger();
 
   std::string_view m_rest;
 };

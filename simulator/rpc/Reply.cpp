@@ -52,7 +52,7 @@ ReplyCollector::~ReplyCollector() {
     m_replies.insert(0, "[").append("]");
   }
   if (!m_replies.empty()) {
-    m_send(m_replies);
+    m_sink->Send(m_replies);
   }
 }
 

@@ -2,12 +2,12 @@
 #ifndef SIMULATOR_RPC_REPLY_H
 #define SIMULATOR_RPC_REPLY_H
 
-#include <functional>
 #include <memory>
 #include <string>
-#include <string_view>
+#include <utility>
 
 #include "simulator/rpc/Answer.h"
+#include "simulator/rpc/MessageSink.h"
 
 namespace sim::rpc {
 
@@ -15,9 +15,7 @@ namespace sim::rpc {
 /// itself, or for a batch their list. Sends nothing when there were notifications only. Loop thread only.
 class ReplyCollector {
  public:
-  using Send = std::function<void(std::string_view message)>;
-
-  ReplyCollector(Send send, bool isBatch) : m_send(std::move(send)), m_isBatch(isBatch) {}
+  ReplyCollector(std::shared_ptr<MessageSink> sink, bool isBatch) : m_sink(std::move(sink)), m_isBatch(isBatch) {}
   ~ReplyCollector();
   ReplyCollector(const ReplyCollector&) = delete;
   ReplyCollector& operator=(const ReplyCollector&) = delete;
@@ -25,7 +23,7 @@ class ReplyCollector {
   void Add(std::string reply);
 
  private:
-  const Send m_send;
+  const std::shared_ptr<MessageSink> m_sink;
   const bool m_isBatch;
   std::string m_replies;
 };

@@ -151,12 +151,11 @@ void Transport::Step() {
     ReadSome();
   }
   for (int i = 0; i < kBurst && m_source != nullptr; ++i) {
-    std::optional<Framing::Message> message = m_framing->Next();
+    const std::optional<Framing::Message> message = m_framing->Next();
     if (!message) {
       break;
     }
     Deliver(*message);
-    m_framing->Reuse(std::move(*message));
   }
   if (m_source != nullptr && m_atEnd && !m_framing->HasNext()) {
     Finish(m_endReason);

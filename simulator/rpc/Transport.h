@@ -15,6 +15,7 @@
 #include "simulator/base/Result.h"
 #include "simulator/base/UniqueFd.h"
 #include "simulator/rpc/Framing.h"
+#include "simulator/rpc/MessageSink.h"
 #include "simulator/rpc/OutputQueue.h"
 
 namespace sim::rpc {
@@ -29,7 +30,7 @@ struct TransportLimits {
 using CloseReason = std::string;
 
 /// One connection. Made, started, closed and released on the thread that runs its context, the loop thread.
-class Transport : public std::enable_shared_from_this<Transport> {
+class Transport : public MessageSink, public std::enable_shared_from_this<Transport> {
  public:
   /// Called on the loop thread, one message after the other. A callback may close or release the transport.
   struct Callbacks {
@@ -54,7 +55,7 @@ class Transport : public std::enable_shared_from_this<Transport> {
   /// Sends `message`, which holds no line end. Any thread; never blocks: what the peer does not take waits. False when
   /// the connection is closed. After the end of input the peer may still listen, so that messages can still be sent.
   /// What is sent while the context is running leaves in one write, before the context sleeps.
-  bool Send(std::string_view message);
+  bool Send(std::string_view message) override;
 
   /// Sends now what was to leave before the context sleeps. Any thread.
   void Flush() { m_output.Flush(); }
@@ -68,7 +69,7 @@ class Transport : public std::enable_shared_from_this<Transport> {
   /// Ends the connection without a call of `onClosed`. What still waits is lost.
   void Close();
 
-  ~Transport() { Close(); }
+  ~Transport() override { Close(); }
   Transport(const Transport&) = delete;
   Transport& operator=(const Transport&) = delete;
 

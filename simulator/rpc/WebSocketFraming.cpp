@@ -47,11 +47,12 @@ void WebSocketFraming::Append(std::string_view bytes) {
 
 std::optional<Framing::Message> WebSocketFraming::Next() {
   if (m_messages.empty()) {
+    m_taken = {};
     return std::nullopt;
   }
-  Message message = std::move(m_messages.front());
+  m_taken = std::move(m_messages.front());
   m_messages.pop_front();
-  return message;
+  return Message{m_taken.text, m_taken.oversized};
 }
 
 Framing::Envelope WebSocketFraming::Around(std::string_view message) const {
@@ -168,7 +169,7 @@ void WebSocketFraming::FinishFrame() {
 
 void WebSocketFraming::FinishMessage() {
   m_inMessage = false;
-  Message message = std::exchange(m_current, {});
+  Text message = std::exchange(m_current, {});
   if (!g_utf8_validate_len(message.text.data(), message.text.size(), nullptr)) {
     return Break(kNotUtf8, "a text has to be UTF-8");
   }

@@ -36,6 +36,11 @@ class WebSocketFraming final : public Framing {
     size_t masked = 0;  ///< bytes unmasked so far
   };
 
+  struct Text {
+    std::string text;
+    bool oversized = false;
+  };
+
   static bool IsControl(Opcode opcode) { return opcode >= Opcode::kClose; }
   std::string_view TakeHeader(std::string_view bytes);
   size_t HeaderSize() const;
@@ -51,9 +56,10 @@ class WebSocketFraming final : public Framing {
   bool m_inFrame = false;  ///< the header is complete, its payload is not
   Frame m_frame;
   bool m_inMessage = false;  ///< a text message has begun and its last frame has not ended
-  Message m_current;
+  Text m_current;
   std::string m_control;  ///< the payload of a control frame
-  std::deque<Message> m_messages;
+  std::deque<Text> m_messages;
+  Text m_taken;  ///< that `Next` has given a view of
   std::string m_replies;
   std::optional<std::string> m_over;
 };

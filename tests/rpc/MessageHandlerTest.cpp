@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "simulator/rpc/MessageHandler.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -21,12 +21,20 @@ struct SumParams {
 };
 const Fields<SumParams> kSumParams = {Required("a", &SumParams::a), Optional("b", &SumParams::b)};
 
+struct Replies final : MessageSink {
+  bool Send(std::string_view message) override {
+    all.emplace_back(message);
+    return true;
+  }
+  std::vector<std::string> all;
+};
+
 class GivenHandler : public LoopFixture {
  protected:
   std::vector<std::string> Handle(std::string_view message) {
-    std::vector<std::string> replies;
-    m_handler.Handle(message, [&](std::string_view reply) { replies.emplace_back(reply); });
-    return replies;
+    const auto replies = std::make_shared<Replies>();
+    m_handler.Handle(message, replies);
+    return replies->all;
   }
 
   /// The one reply to `message`.
@@ -141,19 +149,21 @@ TEST_F(GivenHandler, ForgottenRequestIsAnsweredWithAnInternalError) {
 }
 
 TEST_F(GivenHandler, BatchWaitsForItsLastReply) {
-  std::optional<std::string> reply;
-  m_handler.Handle(R"([{"jsonrpc":"2.0","method":"later","id":1},{"jsonrpc":"2.0","method":"ping","id":2}])",
-                   [&](std::string_view text) { reply = text; });
-  EXPECT_EQ(reply, std::nullopt);
+  const auto replies = std::make_shared<Replies>();
+  m_handler.Handle(R"([{"jsonrpc":"2.0","method":"later","id":1},{"jsonrpc":"2.0","method":"ping","id":2}])", replies);
+  EXPECT_TRUE(replies->all.empty());
   m_kept.front()(Success(Boolean(true)));
-  EXPECT_EQ(reply, R"([{"jsonrpc":"2.0","result":1,"id":2},{"jsonrpc":"2.0","result":true,"id":1}])");
+  EXPECT_THAT(replies->all,
+              testing::ElementsAre(R"([{"jsonrpc":"2.0","result":1,"id":2},{"jsonrpc":"2.0","result":true,"id":1}])"));
 }
 
 TEST_F(GivenHandler, OversizedMessageIsRefused) {
-  std::string reply;
-  MessageHandler::RefuseOversized([&](std::string_view text) { reply = text; });
-  EXPECT_EQ(Json::parse(reply)["error"]["code"], kInvalidRequest);
-  EXPECT_EQ(Json::parse(reply)["id"], nullptr);
+  const auto replies = std::make_shared<Replies>();
+  MessageHandler::RefuseOversized(replies);
+  ASSERT_EQ(replies->all.size(), 1u);
+  const Json reply = Json::parse(replies->all.front());
+  EXPECT_EQ(reply["error"]["code"], kInvalidRequest);
+  EXPECT_EQ(reply["id"], nullptr);
 }
 
 TEST_F(GivenHandler, ServedConnectionLivesUntilItsLastReply) {

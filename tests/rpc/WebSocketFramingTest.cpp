@@ -37,7 +37,7 @@ class GivenWebSocket : public testing::Test {
   std::vector<std::string> TakeAll() {
     std::vector<std::string> messages;
     while (const auto message = m_framing.Next()) {
-      messages.push_back(message->oversized ? "(oversized)" : message->text);
+      messages.push_back(message->oversized ? "(oversized)" : std::string(message->text));
     }
     return messages;
   }

@@ -122,7 +122,7 @@ rpc::MethodEntry TypedCommand(ControlContext* context, const EngineCommand& comm
 
 void SendCommand(Television& television, const char* method, std::string command,
                  const std::vector<std::string>& params, rpc::Reply reply) {
-  const bool takes_path = TakesPath(command) && !params.empty();
+  const bool takes_path = !params.empty() && TakesPath(command);
   const auto sent = std::make_shared<Sent>(std::move(reply), std::move(command), takes_path ? params[0] : "");
   television.SendCommand(method, sent->command, params, [sent](const rpc::Answer& answer) {
     sent->reply(WithPlace(answer, sent->command, sent->path));
