@@ -25,7 +25,7 @@ constexpr size_t kRoom = 60 << 10;
 struct LogStage::Shared {
   uint64_t magic;
   pthread_mutex_t mutex;
-  std::atomic<pthread_t> holder;  ///< 0: nobody; a library has no other place that it shares with the others
+  std::atomic<pthread_t> holder;  ///< 0: nobody; in here, as each library has thread-local variables of its own
   std::atomic<size_t> used;       ///< bytes that the holder has added
   size_t written;                 ///< of these
   char lines[kRoom];

@@ -19,8 +19,8 @@ class Eagerness {
  public:
   using Duration = std::chrono::nanoseconds;
 
-  /// Some times what a wake-up takes. Commands that come one by one as often as this cost a processor; what comes less
-  /// often, as pictures and their events do, costs nothing.
+  /// Several times what a wake-up takes. Commands that come one by one as often as this cost a processor; what comes
+  /// less often, as pictures and their events do, costs nothing.
   static constexpr Duration kMoment = std::chrono::microseconds(200);
 
   /// Waits once. `look` and `sleep` say how many descriptors are ready, `now` what time it is, from any origin.
