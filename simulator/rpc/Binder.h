@@ -168,7 +168,8 @@ struct MethodEntry {
 /// Adds to an error of the parameters of `method` what it takes.
 CallError Explained(CallError error, std::string_view method, const std::vector<FieldInfo>& fields);
 
-/// One row of the list. `function` takes the parameters and returns an Answer, or takes a Reply too and keeps it.
+/// One row of the list. `function` takes the parameters and returns an Answer, or takes a Reply too and keeps it, and
+/// the parameters as they came if it wants them.
 template <typename P, typename F>
 MethodEntry Method(const char* name, const char* summary, const Fields<P>& fields, F function) {
   MethodEntry entry{name, summary, fields.Infos(), {}};
@@ -176,6 +177,8 @@ MethodEntry Method(const char* name, const char* summary, const Fields<P>& field
     P params{};
     if (std::optional<CallError> error = fields.Read(given, params)) {
       reply(Answer(Explained(std::move(*error), name, fields.Infos())));
+    } else if constexpr (std::is_invocable_v<F, P, Reply, const Params&>) {
+      function(std::move(params), std::move(reply), given);
     } else if constexpr (std::is_invocable_v<F, P, Reply>) {
       function(std::move(params), std::move(reply));
     } else {

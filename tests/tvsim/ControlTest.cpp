@@ -62,13 +62,32 @@ TEST_F(GivenControlSocket, ATypedCommandReachesTheEngineAsTexts) {
   EXPECT_THAT(EngineLog(), HasSubstr(R"("command":"SetDisplayArea","params":["1","2","3","-4"])"));
 }
 
+TEST_F(GivenControlSocket, ParametersThatArePlainReachTheEngineAsTheyCame) {
+  EXPECT_EQ(Call("engine.execute", R"({ "params": ["/pictures/c.jpg"], "command": "ChangePlayingURL" })"), "1");
+  EXPECT_EQ(Call("engine.executeWithParamList", R"(["SetDisplayArea",["1","2","3","4","5"]])"), "1");
+  EXPECT_EQ(Call("engine.execute", R"({"command":"StartPlayback"})"), "1");
+
+  EXPECT_THAT(EngineLog(), HasSubstr(R"({ "params": ["/pictures/c.jpg"], "command": "ChangePlayingURL" })"));
+  EXPECT_THAT(EngineLog(), HasSubstr(R"(["SetDisplayArea",["1","2","3","4","5"]])"));
+  AwaitNotifications("two events", [&] { return m_events.size() == 2; });
+  EXPECT_EQ(m_events[1].picture, "/pictures/c.jpg");
+}
+
+TEST_F(GivenControlSocket, ParametersThatAreNotPlainReachTheEngineWrittenAnew) {
+  EXPECT_EQ(Call("engine.execute", R"({"params":["\/pictures\/\u0064.jpg"],"command":"ChangePlayingURL"})"), "1");
+
+  EXPECT_THAT(EngineLog(), HasSubstr(R"({"command":"ChangePlayingURL","params":["/pictures/d.jpg"]})"));
+}
+
 TEST_F(GivenControlSocket, WrongParametersAreRefusedBeforeTheEngine) {
   EXPECT_EQ(ErrorOf("command.SetDisplayArea", R"({"x":1})"), rpc::kInvalidParams);
   EXPECT_EQ(ErrorOf("command.SetDisplayArea", R"({"x":"1","y":2,"width":3,"height":4})"), rpc::kInvalidParams);
   EXPECT_EQ(ErrorOf("command.Frobnicate", "{}"), rpc::kMethodNotFound);
   EXPECT_EQ(ErrorOf("engine.execute", R"({"command":"frobnicate","params":[]})"), rpc::kMethodNotFound);
+  EXPECT_EQ(ErrorOf("engine.execute", R"({"command":"SetDisplayArea","params":["7"],"more":1})"), rpc::kInvalidParams);
 
   EXPECT_THAT(EngineLog(), testing::Not(HasSubstr(R"(SetDisplayArea","params":["1")")));
+  EXPECT_THAT(EngineLog(), testing::Not(HasSubstr(R"(SetDisplayArea","params":["7")")));
 }
 
 TEST_F(GivenControlSocket, EventsAreNumberedAndNameTheirPicture) {

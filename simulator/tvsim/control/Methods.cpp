@@ -92,9 +92,11 @@ rpc::Client::OnAnswer Into(Reply reply) {
   return [kept](const rpc::Answer& answer) { (*kept)(WithPlace(answer, "", "")); };
 }
 
+/// The engine takes what these methods take, so that plain parameters go on as they came.
 auto Forward(ControlContext* context, const char* method) {
-  return [context, method](Command command, Reply reply) {
-    SendCommand(context->television, method, std::move(command.command), command.params, std::move(reply));
+  return [context, method](Command command, Reply reply, const rpc::Params& given) {
+    SendCommand(context->television, method, std::move(command.command), command.params, std::move(reply),
+                {std::string(given.Plain())});
   };
 }
 

@@ -121,12 +121,13 @@ rpc::MethodEntry TypedCommand(ControlContext* context, const EngineCommand& comm
 }  // namespace
 
 void SendCommand(Television& television, const char* method, std::string command,
-                 const std::vector<std::string>& params, rpc::Reply reply) {
+                 const std::vector<std::string>& params, rpc::Reply reply, rpc::JsonText written) {
   const bool takes_path = !params.empty() && TakesPath(command);
   const auto sent = std::make_shared<Sent>(std::move(reply), std::move(command), takes_path ? params[0] : "");
-  television.SendCommand(method, sent->command, params, [sent](const rpc::Answer& answer) {
-    sent->reply(WithPlace(answer, sent->command, sent->path));
-  });
+  television.SendCommand(
+      method, sent->command, params,
+      [sent](const rpc::Answer& answer) { sent->reply(WithPlace(answer, sent->command, sent->path)); },
+      std::move(written));
 }
 
 std::vector<rpc::MethodEntry> TypedCommands(ControlContext* context) {

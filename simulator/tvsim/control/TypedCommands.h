@@ -13,9 +13,9 @@ namespace sim::tvsim {
 /// The results are those of "engine.execute". `context` as for `ControlMethods`.
 std::vector<rpc::MethodEntry> TypedCommands(ControlContext* context);
 
-/// Sends a command and gives its answer to `reply`. `method` as for `Television::SendCommand`.
+/// Sends a command and gives its answer to `reply`. `method` and `written` as for `Television::SendCommand`.
 void SendCommand(Television& television, const char* method, std::string command,
-                 const std::vector<std::string>& params, rpc::Reply reply);
+                 const std::vector<std::string>& params, rpc::Reply reply, rpc::JsonText written = {});
 
 }  // namespace sim::tvsim
 

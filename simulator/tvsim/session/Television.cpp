@@ -190,17 +190,21 @@ rpc::Answer Television::Await(const std::function<void(rpc::Client::OnAnswer)>& 
 }
 
 void Television::SendCommand(const std::string& method, const std::string& command,
-                             const std::vector<std::string>& params, rpc::Client::OnAnswer on_answer) {
+                             const std::vector<std::string>& params, rpc::Client::OnAnswer on_answer,
+                             rpc::JsonText written) {
   if (!params.empty() && (command == "InitPlayer" || command == "ChangePlayingURL" || command == "Play")) {
     m_picture = params[0];
   }
+  if (written.text.empty()) {
+    written = ParamsOf(command, params);
+  }
   if (std::ranges::none_of(m_observers, [](const Observer& observer) { return bool(observer.on_command); })) {
-    m_engine->Call(method, ParamsOf(command, params), std::move(on_answer));
+    m_engine->Call(method, std::move(written), std::move(on_answer));
     return;
   }
   std::vector<std::string> words = {command};
   words.insert(words.end(), params.begin(), params.end());
-  m_engine->Call(method, ParamsOf(command, params),
+  m_engine->Call(method, std::move(written),
                  [this, method, words = std::move(words), on_answer = std::move(on_answer)](const rpc::Answer& answer) {
                    Tell(&Observer::on_command, method, words, answer);
                    on_answer(answer);

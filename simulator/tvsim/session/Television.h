@@ -60,9 +60,10 @@ class Television {
   void SendClose(rpc::Client::OnAnswer on_answer);
 
   /// Sends a command and does not wait. `method`: "engine.execute" or "engine.executeWithParamList". `on_answer` as for
-  /// `Engine::Call`.
+  /// `Engine::Call`. `written`: `command` and `params` as the method takes them, where somebody has written them
+  /// already.
   void SendCommand(const std::string& method, const std::string& command, const std::vector<std::string>& params,
-                   rpc::Client::OnAnswer on_answer);
+                   rpc::Client::OnAnswer on_answer, rpc::JsonText written = {});
 
   /// Sets the application's state key: "pause", "resume" or "destroy".
   Status SetState(const std::string& state);
