@@ -10,6 +10,7 @@
 
 #include "simulator/base/LogFile.h"
 #include "simulator/base/LogStage.h"
+#include "simulator/base/TextScan.h"
 
 namespace sim {
 namespace {
@@ -56,8 +57,10 @@ unsigned int HighestLevel() {
   return highest;
 }
 
-bool IsControl(char c) {
-  return (static_cast<unsigned char>(c) < 0x20 && c != '\t') || c == 0x7F;
+/// Of one character or of many; unsigned.
+template <typename Character>
+auto IsControl(Character c) {
+  return ((c < 0x20) & (c != '\t')) | (c == 0x7F);
 }
 
 }  // namespace
@@ -105,13 +108,8 @@ void FlushLog() {
   }
 }
 
-/// Looks to the end whatever it finds, so that the compiler looks at many characters at once.
 bool HasControls(std::string_view text) {
-  unsigned char found = 0;
-  for (const char c : text) {
-    found |= static_cast<unsigned char>(IsControl(c));
-  }
-  return found != 0;
+  return HasAny(text, [](auto c) { return IsControl(c); });
 }
 
 void AppendWithoutControls(std::string& line, std::string_view text) {
@@ -121,7 +119,7 @@ void AppendWithoutControls(std::string& line, std::string_view text) {
   }
   constexpr char kDigits[] = "0123456789ABCDEF";
   for (const char c : text) {
-    if (IsControl(c)) {
+    if (IsControl(static_cast<unsigned char>(c))) {
       line.append("\\x").append(1, kDigits[static_cast<unsigned char>(c) >> 4]).append(1, kDigits[c & 0xF]);
     } else {
       line += c;

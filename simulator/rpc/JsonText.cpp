@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 #include <utility>
 
+#include "simulator/base/TextScan.h"
 #include "simulator/rpc/JsonParse.h"
 #include "simulator/rpc/PlainReader.h"
 
@@ -36,13 +37,9 @@ void AppendKeepingBytes(std::string& json, std::string_view text) {
   json += '"';
 }
 
-/// Looks to the end whatever it finds, so that the compiler looks at many characters at once.
+/// Whether it stands in a text of JSON as it is.
 bool IsPlainText(std::string_view text) {
-  unsigned char odd = 0;
-  for (const char c : text) {
-    odd |= static_cast<unsigned char>(!IsPlain(c));
-  }
-  return odd == 0;
+  return !HasAny(text, [](auto c) { return (c < ' ') | (c > '~') | (c == '"') | (c == '\\'); });
 }
 
 void AppendQuoted(std::string& json, std::string_view text, ForeignBytes foreign) {

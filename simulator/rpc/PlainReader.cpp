@@ -1,20 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "simulator/rpc/PlainReader.h"
 
-#include <array>
 #include <charconv>
+
+#include "simulator/base/TextScan.h"
 
 namespace sim::rpc {
 namespace {
 
-/// IsPlain for each character: a look at it costs a third of the comparisons, and most of a message is text.
-constexpr std::array<bool, 256> kIsPlain = [] {
-  std::array<bool, 256> plain{};
-  for (size_t c = 0; c < plain.size(); ++c) {
-    plain[c] = IsPlain(static_cast<char>(c));
-  }
-  return plain;
-}();
+bool IsPlain(std::string_view json) {
+  return !HasAny(json, [](auto c) { return (c < ' ') | (c > '~') | (c == '\\'); });
+}
+
+/// In place of what is not plain: no value, and not the end.
+constexpr std::string_view kNothing = "\\";
 
 constexpr int kMostLevels = 8;
 constexpr size_t kMostDigits = 18;  // which fit into 64 bits
@@ -31,6 +30,8 @@ std::string_view Taken(std::string_view before, std::string_view rest) {
 }
 
 }  // namespace
+
+PlainReader::PlainReader(std::string_view json) : m_rest(IsPlain(json) ? json : kNothing) {}
 
 char PlainReader::Next() {
   while (m_rest.starts_with(' ')) {
@@ -59,13 +60,13 @@ bool PlainReader::TakeText(std::string_view& text) {
   if (!Take('"')) {
     return false;
   }
-  size_t length = 0;
-  while (length < m_rest.size() && kIsPlain[static_cast<unsigned char>(m_rest[length])]) {
-    ++length;
+  const size_t length = m_rest.find('"');
+  if (length == std::string_view::npos) {
+    return false;
   }
   text = m_rest.substr(0, length);
-  m_rest.remove_prefix(length);
-  return TakeWord("\"");
+  m_rest.remove_prefix(length + 1);
+  return true;
 }
 
 /// Characters of the whole number that comes next; 0 where none does.

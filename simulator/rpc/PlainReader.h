@@ -7,11 +7,6 @@
 
 namespace sim::rpc {
 
-/// Whether it stands in a text of JSON as it is.
-constexpr bool IsPlain(char c) {
-  return c >= ' ' && c <= '~' && c != '"' && c != '\\';
-}
-
 /// Reads JSON as nearly all of it is written, straight from its text: texts of printable ASCII without escapes, whole
 /// numbers of at most 18 digits, a few levels, and no white space but blanks. What is not plain may be JSON all the
 /// same; whoever meets it begins anew with the parser.
@@ -20,7 +15,8 @@ constexpr bool IsPlain(char c) {
 /// any more, except after `Take`. What it gives out are parts of the text that it was made of.
 class PlainReader {
  public:
-  explicit PlainReader(std::string_view json) : m_rest(json) {}
+  /// Nothing can be taken from a text with anything but printable ASCII, or with an escape.
+  explicit PlainReader(std::string_view json);
 
   /// The character that comes next, blanks left out; '\0' at the end.
   char Next();
