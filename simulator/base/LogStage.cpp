@@ -30,7 +30,8 @@ struct LogStage::Shared {
   size_t written;                 ///< of these
   char lines[kRoom];
 };
-static_assert(std::atomic<pthread_t>::is_always_lock_free && std::atomic<size_t>::is_always_lock_free);
+static_assert(std::atomic<pthread_t>::is_always_lock_free);
+static_assert(std::atomic<size_t>::is_always_lock_free);
 
 /// A process that is killed while it has the lock leaves everything in order: what was not counted is not there.
 class LogStage::Lock {

@@ -14,7 +14,7 @@ namespace sim {
 /// or a vector of them. The last sixteen may overlap those before them.
 template <typename Matches>
 bool HasAny(std::string_view text, const Matches& matches) {
-  typedef unsigned char Block __attribute__((vector_size(16)));
+  using Block __attribute__((vector_size(16))) = unsigned char;
   if (text.size() < sizeof(Block)) {
     bool found = false;
     for (const char c : text) {
