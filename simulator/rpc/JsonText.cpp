@@ -39,7 +39,7 @@ void AppendKeepingBytes(std::string& json, std::string_view text) {
 
 /// Whether it stands in a text of JSON as it is.
 bool IsPlainText(std::string_view text) {
-  return !HasAny(text, [](auto c) { return (c < ' ') | (c > '~') | (c == '"') | (c == '\\'); });
+  return !HasAny(text, [](auto c) { return kIsOdd(c) | (c == '"'); });
 }
 
 void AppendQuoted(std::string& json, std::string_view text, ForeignBytes foreign) {

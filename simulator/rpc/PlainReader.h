@@ -7,6 +7,9 @@
 
 namespace sim::rpc {
 
+/// Tells what is not plain, for `HasAny`: anything but printable ASCII, and escapes.
+inline constexpr auto kIsOdd = [](auto c) { return (c < ' ') | (c > '~') | (c == '\\'); };
+
 /// Reads JSON as nearly all of it is written, straight from its text: texts of printable ASCII without escapes, whole
 /// numbers of at most 18 digits, a few levels, and no white space but blanks. What is not plain may be JSON all the
 /// same; whoever meets it begins anew with the parser.

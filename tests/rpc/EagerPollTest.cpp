@@ -93,6 +93,14 @@ TEST_F(GivenContext, OnOneProcessorItSleepsAsEver) {
   EXPECT_EQ(PollFunctionOnOneProcessor(), &g_poll);
 }
 
+TEST_F(GivenContext, OnSeveralProcessorsItLooksFirst) {
+  if (std::thread::hardware_concurrency() < 2) {
+    GTEST_SKIP() << "this process may use one processor only";
+  }
+  PollEagerly(Context());
+  EXPECT_NE(g_main_context_get_poll_func(Context()), &g_poll);
+}
+
 TEST_F(GivenContext, MessagesThatComeQuicklyAreHandledOneByOne) {
   PollEagerly(Context());
   auto [ours, theirs] = MakeSockets();
